@@ -1,0 +1,95 @@
+#pragma once
+// Triangle meshes with all their channels.
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sdk/bitarray.h"
+#include "sdk/box3.h"
+#include "sdk/point3.h"
+#include "sdk/ray.h"
+
+// Mapping channel numbers.
+inline constexpr int MAP_ALPHA = -2;     ///< vertex alpha
+inline constexpr int MAP_SHADING = -1;   ///< vertex illumination
+inline constexpr int MAP_VERTCOLOR = 0;  ///< vertex colours
+inline constexpr int MAX_MESHMAPS = 100; ///< channels 0..99
+// Vertex data channel numbers.
+inline constexpr int VDATA_SELECT = 0; ///< soft selection
+inline constexpr int VDATA_WEIGHT = 1; ///< weights
+
+/// Bits of Face::flags; the high 16 bits hold the material id, zero-based.
+inline constexpr uint32_t EDGE_A = 1, EDGE_B = 2, EDGE_C = 4, EDGE_ALL = 7, FACE_HIDDEN = 8;
+
+/// One triangle: three vertex indices, smoothing groups, flags.
+struct Face {
+    int v[3] = {0, 0, 0};
+    uint32_t smGroup = 0;
+    uint32_t flags = EDGE_ALL;
+    int MatID() const { return int(flags >> 16); }
+    void SetMatID(int id) { flags = (flags & 0xffffu) | (uint32_t(id) << 16); }
+};
+
+/// One face of a mapping channel: indices into the channel's own vertices.
+struct TVFace {
+    int t[3] = {0, 0, 0};
+};
+
+/// One mapping channel; it is supported when it has a face for every mesh face.
+struct MeshMap {
+    std::vector<Point3> tv;
+    std::vector<TVFace> tf;
+};
+
+/// A triangle mesh. Plain data; whoever changes vertices or faces calls InvalidateGeomCache().
+class Mesh {
+public:
+    std::vector<Point3> verts;
+    std::vector<Face> faces;
+    BitArray faceSel; ///< current face selection
+    BitArray vertSel;
+    std::map<int, MeshMap> maps;                            ///< by channel, -2..99
+    std::map<int, std::vector<float>> vdata;                ///< by vertex data channel, one value a vertex
+    std::vector<std::pair<std::string, BitArray>> faceSets; ///< named face selection sets
+
+    int getNumVerts() const { return int(verts.size()); }
+    int getNumFaces() const { return int(faces.size()); }
+    const Point3& getVert(int i) const { return verts[size_t(i)]; }
+    bool mapSupport(int channel) const;
+    /// The channel, or null when it is not supported.
+    const MeshMap* Map(int channel) const;
+    /// One past the highest supported mapping channel >= 0 (0 when there is none).
+    int getNumMaps() const;
+    const std::vector<float>* vertexFloat(int channel) const;
+
+    /// Unit normal of face `f` from its corner order; the zero vector for a degenerate face.
+    Point3 FaceNormal(int f) const;
+    /// Normalised sum of the unit normals of the faces around each vertex; a face counts once for every corner that
+    /// uses the vertex. Built on first use (not safe from several threads before that).
+    const std::vector<Point3>& VertexNormals() const;
+    /// Builds face normals and vertex normals now when they are missing.
+    void checkNormals() const { VertexNormals(); }
+    /// Rendering normal at corner `corner` of face `f`: averaged over the faces around the vertex that share a
+    /// smoothing group with `f`; the face normal when `f` has none.
+    Point3 CornerNormal(int f, int corner) const;
+    Box3 getBoundingBox() const;
+    /// Nearest hit of the ray (direction need not be unit): distance along it in units of its direction's length, face,
+    /// barycentric coordinates, and face normal. False when nothing is hit. Uses a bounding volume tree built on first
+    /// use.
+    bool IntersectRay(const Ray& ray, float& at, Point3& norm, int& face, Point3& bary) const;
+    void InvalidateGeomCache();
+    void InvalidateTopologyCache() { InvalidateGeomCache(); }
+
+private:
+    mutable std::vector<Point3> vertNormals_;
+    mutable std::vector<std::vector<int>> vertFaces_;
+    mutable std::shared_ptr<const void> tree_; ///< bounding volume tree of IntersectRay
+};
+
+/// Per-face surface tangents of a mapping channel: `b[0]` along u, `b[1]` along v, in the space of the positions, not
+/// normalised, from three mapping vertices and three positions. False when the mapping triangle is degenerate.
+bool ComputeBumpVec2D(const Point3 tv[3], const Point3 v[3], Point3 b[2]);

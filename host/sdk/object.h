@@ -1,0 +1,136 @@
+#pragma once
+// Scene objects: what a node shows.
+
+#include "sdk/box3.h"
+#include "sdk/color.h"
+#include "sdk/interval.h"
+#include "sdk/matrix3.h"
+#include "sdk/mesh.h"
+#include "sdk/ref.h"
+#include "sdk/spline.h"
+
+class INode;
+class Object;
+class ViewExp;
+
+/// The result of evaluating a node's pipeline.
+struct ObjectState {
+    Object* obj = nullptr;
+    Interval valid = FOREVER;
+};
+
+/// Anything a node can hold, before or after modifiers.
+class BaseObject : public ReferenceTarget {
+public:
+    virtual const char* GetObjectName() { return "Object"; }
+};
+
+/// An object of the geometry pipeline.
+class Object : public BaseObject {
+public:
+    /// The object itself at `t`.
+    virtual ObjectState Eval(TimeValue t) { return {this, ObjectValidity(t)}; }
+    virtual Interval ObjectValidity(TimeValue t) { return FOREVER; }
+    virtual bool CanConvertToType(Class_ID) { return false; }
+    /// The object as another class. The result is the object itself or a new one, which the caller deletes.
+    virtual Object* ConvertToType(TimeValue t, Class_ID) { return nullptr; }
+    /// True when the renderer should ask for a mesh.
+    virtual bool IsRenderable() { return false; }
+};
+
+class GeomObject : public Object {
+public:
+    SClass_ID SuperClassID() override { return GEOMOBJECT_CLASS_ID; }
+    bool IsRenderable() override { return true; }
+    /// The mesh to render; `needDelete` tells whether the caller deletes it. Null when there is none.
+    virtual Mesh* GetRenderMesh(TimeValue t, INode* node, bool& needDelete) { return nullptr; }
+};
+
+/// A triangle mesh in the pipeline.
+class TriObject : public GeomObject {
+public:
+    Mesh mesh;
+    Class_ID ClassID() override { return TRIOBJ_CLASS_ID; }
+    bool CanConvertToType(Class_ID id) override { return id == TRIOBJ_CLASS_ID; }
+    Object* ConvertToType(TimeValue t, Class_ID id) override { return id == TRIOBJ_CLASS_ID ? this : nullptr; }
+    Mesh* GetRenderMesh(TimeValue t, INode* node, bool& needDelete) override {
+        needDelete = false;
+        return &mesh;
+    }
+};
+
+/// A spline shape.
+class ShapeObject : public GeomObject {
+public:
+    BezierShape shape;
+    SClass_ID SuperClassID() override { return SHAPE_CLASS_ID; }
+    bool IsRenderable() override { return false; }
+};
+
+class HelperObject : public Object {
+public:
+    SClass_ID SuperClassID() override { return HELPER_CLASS_ID; }
+};
+
+/// A force on moving points. World space.
+class ForceField {
+public:
+    virtual ~ForceField() = default;
+    /// Force at `pos` on a point moving with `vel`.
+    virtual Point3 Force(TimeValue t, const Point3& pos, const Point3& vel, int index) = 0;
+};
+
+/// A space warp: gravity, wind, deflector.
+class WSMObject : public Object {
+public:
+    SClass_ID SuperClassID() override { return WSM_OBJECT_CLASS_ID; }
+    /// The force of this warp at `node`, or null when it is none. The caller deletes it.
+    virtual ForceField* GetForceField(INode* node) { return nullptr; }
+};
+
+/// A modifier on a node's stack.
+class Modifier : public BaseObject {
+public:
+    SClass_ID SuperClassID() override { return OSM_CLASS_ID; }
+    virtual Interval LocalValidity(TimeValue t) { return FOREVER; }
+    virtual void ModifyObject(TimeValue t, ObjectState* os, INode* node) {}
+    bool enabled = true;
+};
+
+/// A camera at a time.
+struct CameraState {
+    bool isOrtho = false;
+    float fov = 0.785398f; ///< horizontal angle in radians
+    float tdist = 100.0f;  ///< distance to the target
+    bool manualClip = false;
+    float hither = 1.0f, yon = 1000.0f;         ///< clip range, used when manualClip is set
+    float nearRange = 0.0f, farRange = 1000.0f; ///< environment ranges
+};
+
+class CameraObject : public Object {
+public:
+    SClass_ID SuperClassID() override { return CAMERA_CLASS_ID; }
+    virtual RefResult EvalCameraState(TimeValue t, Interval& valid, CameraState* cs) = 0;
+};
+
+enum LightType { OMNI_LGT, SPOT_LGT, DIRECT_LGT, AMBIENT_LGT };
+
+/// A light at a time.
+struct LightState {
+    LightType type = OMNI_LGT;
+    Color color{1, 1, 1};
+    float intens = 1;
+    float hotsize = 43, fallsize = 45; ///< cone angles in degrees (spot) or radii (direct)
+    bool on = true, shadow = false, affectDiffuse = true, affectSpecular = true, ambientOnly = false;
+};
+
+class ShadowType;
+
+class LightObject : public Object {
+public:
+    SClass_ID SuperClassID() override { return LIGHT_CLASS_ID; }
+    virtual RefResult EvalLightState(TimeValue t, Interval& valid, LightState* ls) = 0;
+    /// The light prepared for a frame. The caller deletes it.
+    virtual class ObjLightDesc* CreateLightDesc(INode* node) = 0;
+    virtual ShadowType* GetShadowType() { return nullptr; }
+};
