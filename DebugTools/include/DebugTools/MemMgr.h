@@ -1,0 +1,147 @@
+// Fixed-size block allocators, so that strands and fragments do not reach the general allocator while rendering.
+#pragma once
+
+#include "DebugTools/platform/Thread.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+
+/// Allocates blocks of one size. A slot, 0 to 15, names the calling worker thread's own lists; a larger number counts
+/// modulo
+/// 16. The destructor frees all memory, blocks in use too.
+class IMemMgr {
+public:
+    static constexpr int kSlots = 16;
+
+    virtual ~IMemMgr() = default;
+    /// A block, uninitialised, or null when no memory can be had.
+    virtual void* Alloc(int slot) = 0;
+    /// Fills the block with 0xCE (but for the link of the free list in its first bytes) and keeps it for later. Null is
+    /// ignored. A block may be given back to another slot than it came from.
+    virtual void Free(void* block, int slot) = 0;
+    /// Bytes of all blocks held, in use or free.
+    virtual size_t GetSize() const = 0;
+};
+
+/// Where chunks of blocks come from. `alloc` gives null when there is no memory; its result must be aligned to 16
+/// bytes.
+struct RawAllocator {
+    void* (*alloc)(size_t size);
+    void (*free)(void* memory);
+};
+
+/// Replaces the raw allocator of all block allocators made from now on; each keeps a copy of the one it was made with.
+/// Null restores the general allocator.
+void SetRawAllocator(const RawAllocator* allocator);
+
+/// Sets what a block allocator calls, once in its life, when a chunk cannot be had; null for nothing.
+void SetAllocFailureCallback(void (*callback)());
+
+namespace diag {
+
+/// The lists of all slots: what both allocators are made of. Locks nothing.
+class BlockLists {
+public:
+    BlockLists(size_t blockSize, size_t blockCount);
+    ~BlockLists();
+    BlockLists(const BlockLists&) = delete;
+    BlockLists& operator=(const BlockLists&) = delete;
+
+    void* Alloc(int slot) {
+        Slot& lists = slots_[static_cast<unsigned>(slot) % IMemMgr::kSlots];
+        if (!lists.free && !AddChunk(lists)) return nullptr;
+        void* block = lists.free;
+        std::memcpy(&lists.free, block, sizeof lists.free);
+        return block;
+    }
+
+    void Free(void* block, int slot) {
+        if (!block) return;
+        Slot& lists = slots_[static_cast<unsigned>(slot) % IMemMgr::kSlots];
+        Fill(block);
+        std::memcpy(block, &lists.free, sizeof lists.free);
+        lists.free = block;
+    }
+
+    size_t GetSize() const { return chunkCount_.load(std::memory_order_relaxed) * blockSize_ * blockCount_; }
+
+private:
+    struct Chunk;
+    // Slots of different threads do not share a cache line.
+    struct alignas(64) Slot {
+        void* free = nullptr;
+        Chunk* chunks = nullptr;
+    };
+
+    // The usual sizes are filled in line, without a call.
+    void Fill(void* block) const {
+        switch (blockSize_) {
+        case 16:
+            std::memset(block, 0xCE, 16);
+            break;
+        case 24:
+            std::memset(block, 0xCE, 24);
+            break;
+        case 32:
+            std::memset(block, 0xCE, 32);
+            break;
+        case 48:
+            std::memset(block, 0xCE, 48);
+            break;
+        default:
+            std::memset(block, 0xCE, blockSize_);
+            break;
+        }
+    }
+
+    bool AddChunk(Slot& lists);
+
+    size_t blockSize_;
+    size_t blockCount_;
+    RawAllocator raw_;
+    std::atomic<size_t> chunkCount_{0};
+    std::atomic<bool> failureShown_{false};
+    Slot slots_[IMemMgr::kSlots];
+};
+
+} // namespace diag
+
+/// Block allocator behind one lock, for a renderer with one thread. A block size below 24 raises the assertion, once
+/// per process, and counts as 24; a block count below 256 counts as 256.
+class Pool final : public IMemMgr {
+public:
+    Pool(size_t blockSize, size_t blockCount);
+
+    void* Alloc(int slot) override {
+        diag::ScopedLock lock(section_);
+        return lists_.Alloc(slot);
+    }
+    void Free(void* block, int slot) override {
+        diag::ScopedLock lock(section_);
+        lists_.Free(block, slot);
+    }
+    size_t GetSize() const override { return lists_.GetSize(); }
+
+private:
+    diag::CriticalSection section_;
+    diag::BlockLists lists_;
+};
+
+/// Block allocator without a lock, for two and more threads: each uses a slot of its own. A block size below 8 counts
+/// as 8 (a free block holds a link), a block count below 256 as 256.
+class MemoryManager final : public IMemMgr {
+public:
+    MemoryManager(size_t blockSize, size_t blockCount) : lists_(blockSize, blockCount) {}
+
+    void* Alloc(int slot) override { return lists_.Alloc(slot); }
+    void Free(void* block, int slot) override { lists_.Free(block, slot); }
+    size_t GetSize() const override { return lists_.GetSize(); }
+
+private:
+    diag::BlockLists lists_;
+};
+
+/// A `Pool` for fewer than 2 render threads, a `MemoryManager` for more. Null when there is no memory for it.
+std::unique_ptr<IMemMgr> CreateBlockAllocator(size_t blockSize, size_t blockCount, int threadCount);

@@ -1,0 +1,56 @@
+// What a log holds, and what the files of the logger share.
+#pragma once
+
+#include "DebugTools/Log.h"
+
+constexpr size_t kLogNameSize = 512;
+constexpr int kLogMaxIndent = 64;
+constexpr const char* kLogDefaultName = "Log.txt";
+constexpr const char* kLogDefaultCrashName = "LogCrash.txt";
+
+struct Log {
+    bool inUse;
+    const LogFileOps* files;
+    const LogLockOps* locks;
+    uint32_t mode;
+    void* file;
+    void* lock;
+    uint32_t defaultFlags;
+    int32_t firstWord;
+    int32_t secondWord;
+    int indent;
+    bool copyOnClose;
+    bool truncateOnOpen;
+    bool atLineStart;
+    bool silent; // the size limit was reached
+    uint32_t sizeLimit;
+    uint32_t bytesWritten;
+    char fileName[kLogNameSize];
+    char crashCopyName[kLogNameSize];
+};
+
+/// Holds a log's lock for a scope; null means the default log. `Get` gives null when there is no log to be had.
+class LogHold {
+public:
+    explicit LogHold(Log* log) : log_(log ? log : LogDefault()) {
+        if (log_) log_->locks->lock(log_->lock);
+    }
+    ~LogHold() {
+        if (log_) log_->locks->unlock(log_->lock);
+    }
+    LogHold(const LogHold&) = delete;
+    LogHold& operator=(const LogHold&) = delete;
+
+    Log* Get() const { return log_; }
+
+private:
+    Log* log_;
+};
+
+/// A failed check of the library itself: counted, and written to `log` as "file(line): assert failed" when there is
+/// one.
+void LogInternalAssert(Log* log, const char* file, int line);
+/// The default log if it exists already.
+Log* LogExistingDefault();
+/// Starts the tick counter unless it runs.
+void LogStartTicks();
