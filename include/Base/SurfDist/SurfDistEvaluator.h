@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Base/SurfDist/SurfDistSettings.h"
+#include "sdk/basetypes.h"
 #include "sdk/color.h"
 #include "sdk/matrix3.h"
 #include "sdk/mesh.h"
