@@ -24,12 +24,20 @@ constexpr std::array<uint8_t, 256> MakePermutation() {
 }
 constexpr std::array<uint8_t, 256> kPerm = MakePermutation();
 
-constexpr uint8_t Hash(int i) { return kPerm[size_t(i & 255)]; }
-constexpr float Fade(float t) { return t * t * t * (t * (t * 6.0f - 15.0f) + 10.0f); }
-constexpr float Lerp(float t, float a, float b) { return a + t * (b - a); }
+constexpr uint8_t Hash(int i) {
+    return kPerm[size_t(i & 255)];
+}
+constexpr float Fade(float t) {
+    return t * t * t * (t * (t * 6.0f - 15.0f) + 10.0f);
+}
+constexpr float Lerp(float t, float a, float b) {
+    return a + t * (b - a);
+}
 
 // Slopes are spread evenly over -2..2, so that the largest possible value is close to 1.
-constexpr float Slope(int i) { return (float(Hash(i)) - 127.5f) / 63.75f; }
+constexpr float Slope(int i) {
+    return (float(Hash(i)) - 127.5f) / 63.75f;
+}
 
 // The twelve edge directions of a cube, four of them twice.
 constexpr float Gradient(uint8_t h, float x, float y, float z) {
@@ -56,7 +64,6 @@ float noise3(float x, float y, float z) {
         return Gradient(Hash(Hash(Hash(ix + a) + iy + b) + iz + c), x - float(a), y - float(b), z - float(c));
     };
     const float u = Fade(x), v = Fade(y), w = Fade(z);
-    return Lerp(w,
-                Lerp(v, Lerp(u, corner(0, 0, 0), corner(1, 0, 0)), Lerp(u, corner(0, 1, 0), corner(1, 1, 0))),
+    return Lerp(w, Lerp(v, Lerp(u, corner(0, 0, 0), corner(1, 0, 0)), Lerp(u, corner(0, 1, 0), corner(1, 1, 0))),
                 Lerp(v, Lerp(u, corner(0, 0, 1), corner(1, 0, 1)), Lerp(u, corner(0, 1, 1), corner(1, 1, 1))));
 }

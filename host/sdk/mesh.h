@@ -1,9 +1,11 @@
 #pragma once
 // Triangle meshes with all their channels.
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,6 +47,29 @@ struct MeshMap {
     std::vector<TVFace> tf;
 };
 
+/// One lazily built, immutable by-product of a mesh. Several threads may ask at once; copies share what is built.
+class MeshCacheSlot {
+public:
+    MeshCacheSlot() = default;
+    MeshCacheSlot(const MeshCacheSlot& other) { *this = other; }
+    MeshCacheSlot& operator=(const MeshCacheSlot& other);
+    void Clear();
+    /// What is built, made by `build` on the first call.
+    template <class T, class Build>
+    const T& Get(Build&& build) {
+        if (const void* p = ready_.load(std::memory_order_acquire)) return *static_cast<const T*>(p);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (!kept_) kept_ = std::make_shared<const T>(build());
+        ready_.store(kept_.get(), std::memory_order_release);
+        return *static_cast<const T*>(kept_.get());
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::shared_ptr<const void> kept_;
+    std::atomic<const void*> ready_{nullptr};
+};
+
 /// A triangle mesh. Plain data; whoever changes vertices or faces calls InvalidateGeomCache().
 class Mesh {
 public:
@@ -69,10 +94,12 @@ public:
     /// Unit normal of face `f` from its corner order; the zero vector for a degenerate face.
     Point3 FaceNormal(int f) const;
     /// Normalised sum of the unit normals of the faces around each vertex; a face counts once for every corner that
-    /// uses the vertex. Built on first use (not safe from several threads before that).
+    /// uses the vertex. Built on first use; any thread may ask while nobody changes the mesh.
     const std::vector<Point3>& VertexNormals() const;
     /// Builds face normals and vertex normals now when they are missing.
     void checkNormals() const { VertexNormals(); }
+    /// The lowest face that uses vertex `v` and the corner that does so; false when none does.
+    bool FirstFaceOfVertex(int v, int& face, int& corner) const;
     /// Rendering normal at corner `corner` of face `f`: averaged over the faces around the vertex that share a
     /// smoothing group with `f`; the face normal when `f` has none.
     Point3 CornerNormal(int f, int corner) const;
@@ -85,9 +112,10 @@ public:
     void InvalidateTopologyCache() { InvalidateGeomCache(); }
 
 private:
-    mutable std::vector<Point3> vertNormals_;
-    mutable std::vector<std::vector<int>> vertFaces_;
-    mutable std::shared_ptr<const void> tree_; ///< bounding volume tree of IntersectRay
+    struct Normals;
+    const Normals& GetNormals() const;
+    bool HasVertices(int f) const;
+    mutable MeshCacheSlot normals_, tree_;
 };
 
 /// Per-face surface tangents of a mapping channel: `b[0]` along u, `b[1]` along v, in the space of the positions, not

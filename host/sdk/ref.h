@@ -13,6 +13,10 @@ class ReferenceMaker;
 class ReferenceTarget;
 class IParamBlock2;
 class ClassDesc;
+class TargetWatch;
+namespace host {
+class TargetOwner;
+}
 
 /// A handle to a reference target (the target itself).
 using RefTargetHandle = ReferenceTarget*;
@@ -63,6 +67,10 @@ public:
 /// The host keeps back references, so a target knows its dependents; slots are changed through ReplaceReference only.
 class ReferenceMaker : public Animatable {
 public:
+    ReferenceMaker() = default;
+    /// Copies have no references and no dependents of their own.
+    ReferenceMaker(const ReferenceMaker&) : Animatable() {}
+    ReferenceMaker& operator=(const ReferenceMaker&) { return *this; }
     ~ReferenceMaker() override;
     virtual int NumRefs() { return 0; }
     virtual RefTargetHandle GetReference(int) { return nullptr; }
@@ -79,8 +87,8 @@ public:
     virtual IOResult Save(ISave*) { return IO_OK; }
     virtual IOResult Load(ILoad*) { return IO_OK; }
 
-    /// Puts `target` (or null) into slot `which`, keeping back references right. REF_FAIL when that would make a
-    /// circle.
+    /// Puts `target` (or null) into slot `which`, keeping back references right. REF_FAIL when there is no such slot,
+    /// when that would make a circle, or when SetReference does not store the target.
     RefResult ReplaceReference(int which, RefTargetHandle target);
     RefResult DeleteReference(int which) { return ReplaceReference(which, nullptr); }
     /// Empties every slot; destructors of concrete classes call it before their members go.
@@ -89,13 +97,24 @@ public:
 
 private:
     friend class ReferenceTarget;
+    friend bool DependsOn(ReferenceMaker* maker, RefTargetHandle target);
+    void Link(RefTargetHandle target);
+    void Unlink(RefTargetHandle target);
+    bool IsLinked(RefTargetHandle target) const;
     void TargetDeleted(RefTargetHandle target);
+
+    std::vector<RefTargetHandle> targets_; ///< what the slots refer to, one entry a slot, in no order
 };
 
 /// Something that can be referred to.
 class ReferenceTarget : public ReferenceMaker {
 public:
+    ReferenceTarget() = default;
+    ReferenceTarget(const ReferenceTarget& other) : ReferenceMaker(other) {}
+    ReferenceTarget& operator=(const ReferenceTarget&) { return *this; }
     ~ReferenceTarget() override;
+    /// Sends REFMSG_TARGET_DELETED while the object is still whole, then deletes it.
+    void DeleteThis() override;
     bool IsRefTarget() override { return true; }
     /// A copy of this object; references are cloned through `remap`. Null when the class cannot be copied.
     virtual RefTargetHandle Clone(RemapDir& remap) { return nullptr; }
@@ -104,10 +123,42 @@ public:
     /// Direct dependents, one entry a slot.
     const std::vector<ReferenceMaker*>& Dependents() const { return dependents_; }
     bool HasDependents() const { return !dependents_.empty(); }
+    /// When on, the target is deleted as soon as its last reference goes (at the end of a running notification, or when
+    /// the last TargetWatch on it ends). Off for a new object: whoever made it deletes it.
+    void SetAutoDelete(bool on) { autoDelete_ = on; }
+    bool AutoDelete() const { return autoDelete_; }
 
 private:
     friend class ReferenceMaker;
-    std::vector<ReferenceMaker*> dependents_;
+    friend class TargetWatch;
+    friend class host::TargetOwner;
+    void AddDependent(ReferenceMaker* maker);
+    void RemoveDependent(ReferenceMaker* maker);
+    void TellDependentsOfDeletion();
+    void DeleteIfOrphaned();
+
+    std::vector<ReferenceMaker*> dependents_; ///< entries of one maker stand together
+    TargetWatch* watches_ = nullptr;          ///< innermost first
+    host::TargetOwner* owner_ = nullptr;
+    bool autoDelete_ = false, orphaned_ = false, dying_ = false;
+};
+
+/// Keeps an auto-delete target from being deleted automatically for a scope, and tells whether it was deleted all the
+/// same. Watches of one target end in the reverse order of their beginning.
+class TargetWatch {
+public:
+    explicit TargetWatch(RefTargetHandle target);
+    ~TargetWatch();
+    TargetWatch(const TargetWatch&) = delete;
+    TargetWatch& operator=(const TargetWatch&) = delete;
+    bool Deleted() const { return deleted_; }
+
+private:
+    friend class ReferenceTarget;
+    RefTargetHandle target_;
+    TargetWatch* outer_ = nullptr;
+    size_t next_ = 0, end_ = 0; ///< running notification: entries next_..end_ of the dependents are still to be told
+    bool deleted_ = false;
 };
 
 /// True when `maker` refers to `target` directly or through others.

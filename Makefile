@@ -1,0 +1,41 @@
+# The commands a newcomer needs. Each installs what is missing by itself.
+JOBS ?= $(shell nproc)
+SCENE ?= examples/horse.toml
+
+.PHONY: all build demo test bench asan tsan docs check clean deps
+
+all: build
+
+deps:
+	@tools/install_deps.sh
+
+build: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+
+demo: build
+	@mkdir -p out
+	@build/release/bin/velmar render $(SCENE) -o out/$(basename $(notdir $(SCENE))).png
+	@echo out/$(basename $(notdir $(SCENE))).png
+
+test: build check
+	@ctest --preset release -j $(JOBS)
+
+check:
+	@python3 tools/check_includes.py
+
+bench: deps
+	@cmake --preset bench >/dev/null
+	@cmake --build --preset bench -j $(JOBS)
+	@python3 bench/run.py
+
+asan tsan: deps
+	@cmake --preset $@ >/dev/null
+	@cmake --build --preset $@ -j $(JOBS)
+	@ctest --preset $@ -j $(JOBS)
+
+docs: build
+	@tools/make_docs.sh
+
+clean:
+	rm -rf build out

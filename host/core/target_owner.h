@@ -1,0 +1,35 @@
+#pragma once
+// Ownership of reference targets by a scene.
+
+#include <vector>
+
+#include "sdk/ref.h"
+
+namespace host {
+
+/// Deletes the targets it adopted, unless they die earlier by other hands.
+class TargetOwner {
+public:
+    TargetOwner() = default;
+    TargetOwner(const TargetOwner&) = delete;
+    TargetOwner& operator=(const TargetOwner&) = delete;
+    ~TargetOwner() { DeleteAll(); }
+
+    /// Takes over the duty to delete `target`; a former owner gives it up. Null is ignored.
+    void Adopt(ReferenceTarget* target);
+    /// Gives the duty back to the caller.
+    void Release(ReferenceTarget* target);
+    bool Owns(const ReferenceTarget* target) const { return target && target->owner_ == this; }
+    /// Deletes everything through DeleteThis, dependents before what they refer to.
+    void DeleteAll();
+    /// What is owned, in the order of adoption.
+    const std::vector<ReferenceTarget*>& Targets() const { return targets_; }
+
+private:
+    friend class ::ReferenceTarget;
+    void Forget(ReferenceTarget* target);
+
+    std::vector<ReferenceTarget*> targets_;
+};
+
+} // namespace host
