@@ -15,15 +15,31 @@ inline constexpr float kTwoPi = 6.2831855f;
 /// Radians in a degree.
 inline constexpr float kDegToRad = 0.017453292f;
 
-inline float Sqrt(float x) { return std::sqrt(x); }
-inline float Sin(float x) { return sinf(x); }
-inline float Cos(float x) { return cosf(x); }
-inline float Tan(float x) { return tanf(x); }
-inline float Exp(float x) { return expf(x); }
-inline float Log(float x) { return logf(x); }
+inline float Sqrt(float x) {
+    return std::sqrt(x);
+}
+inline float Sin(float x) {
+    return sinf(x);
+}
+inline float Cos(float x) {
+    return cosf(x);
+}
+inline float Tan(float x) {
+    return tanf(x);
+}
+inline float Exp(float x) {
+    return expf(x);
+}
+inline float Log(float x) {
+    return logf(x);
+}
 /// x to the power y.
-inline float Pow(float x, float y) { return powf(x, y); }
-inline float Log10(float x) { return logf(x) * 0.4342945f; }
+inline float Pow(float x, float y) {
+    return powf(x, y);
+}
+inline float Log10(float x) {
+    return logf(x) * 0.4342945f;
+}
 
 /// Angle of (x, y) in -pi..pi; 0 for the origin.
 inline float Atan2(float y, float x) {

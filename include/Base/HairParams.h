@@ -14,14 +14,19 @@
 
 /// Which faces of an emitter grow hair.
 struct FaceSelection {
-    int type = 0;           ///< 0 whole object, 1 current face selection, 2 material id, 3 named set, 4 material id list
-    int mtlId = 1;          ///< one-based, type 2
-    std::string mtlIds;     ///< comma-separated ids and ranges, type 4
-    std::string namedSet;   ///< type 3
+    int type = 0;         ///< 0 whole object, 1 current face selection, 2 material id, 3 named set, 4 material id list
+    int mtlId = 1;        ///< one-based, type 2
+    std::string mtlIds;   ///< comma-separated ids and ranges, type 4
+    std::string namedSet; ///< type 3
 };
 
 /// Kinds of entry in the strand mapping table; a positive entry is an emitter mapping channel.
-enum StrandMapping { STRANDMAP_NONE = 0, STRANDMAP_CYLINDRICAL = -1, STRANDMAP_STRAND_COLOR = -2, STRANDMAP_EMITTER_COLOR = -3 };
+enum StrandMapping {
+    STRANDMAP_NONE = 0,
+    STRANDMAP_CYLINDRICAL = -1,
+    STRANDMAP_STRAND_COLOR = -2,
+    STRANDMAP_EMITTER_COLOR = -3
+};
 
 /// Every value of one object at one time, addressed by parameter identifier. Plain data: filled by the object before a
 /// run, only read while strands are made.

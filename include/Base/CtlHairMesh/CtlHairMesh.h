@@ -18,8 +18,8 @@ class SurfDistEvaluator;
 struct ReferenceMesh {
     std::shared_ptr<const Mesh> mesh;
     Matrix3 objectTM;
-    std::vector<float> faceArea;        ///< world-space area by face
-    std::vector<Point3> positions;      ///< world-space position by vertex
+    std::vector<float> faceArea;   ///< world-space area by face
+    std::vector<Point3> positions; ///< world-space position by vertex
     int VertexCount() const { return int(positions.size()); }
 };
 
@@ -51,8 +51,8 @@ public:
 
     /// Brings the record to `t`, building every strand anew. False when the emitter has no usable mesh.
     bool Update(TimeValue t, const HairParams& params, bool isSnapshot = false);
-    /// Brings the record to `t` as generation wants it: with shape fixing the strands of the fixing frame are carried along.
-    /// Does nothing while `t` lies in the validity interval. False when the emitter has no usable mesh.
+    /// Brings the record to `t` as generation wants it: with shape fixing the strands of the fixing frame are carried
+    /// along. Does nothing while `t` lies in the validity interval. False when the emitter has no usable mesh.
     bool Evaluate(TimeValue t, const HairParams& params);
     /// Makes sure that the fixing snapshot exists and is valid. False (and no snapshot) when it cannot be made.
     bool PrepareSnapshot(const HairParams& params);
@@ -96,7 +96,7 @@ private:
     std::shared_ptr<const Mesh> mesh_;
     std::vector<std::unique_ptr<VertexStrand>> strands_;
     BitArray faceSelected_;
-    BitArray vertexCarries_;            ///< vertices of selected faces
+    BitArray vertexCarries_; ///< vertices of selected faces
     Box3 bounds_;
     bool boundsValid_ = false;
     HairRandom randomState_{};

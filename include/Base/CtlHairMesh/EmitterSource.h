@@ -15,7 +15,8 @@ class Mtl;
 class IEmitterSource {
 public:
     virtual ~IEmitterSource() = default;
-    /// The emitter's triangle mesh at `t` in object space, with normals built; null when it has none. `valid` is narrowed.
+    /// The emitter's triangle mesh at `t` in object space, with normals built; null when it has none. `valid` is
+    /// narrowed.
     virtual std::shared_ptr<const Mesh> MeshAt(TimeValue t, Interval& valid) = 0;
     /// Object space to world space at `t`; `valid` is narrowed.
     virtual Matrix3 ObjectTM(TimeValue t, Interval& valid) = 0;

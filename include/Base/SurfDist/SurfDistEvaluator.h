@@ -22,9 +22,9 @@ struct SurfDistScene {
     Matrix3 worldToCam;
     TimeValue time = 0;
     INode* node = nullptr;
-    Mtl* material = nullptr;          ///< for source "Sub-Material ID"; null: a default material in the wire colour
+    Mtl* material = nullptr; ///< for source "Sub-Material ID"; null: a default material in the wire colour
     Color wireColor{0.5f, 0.5f, 0.5f};
-    std::vector<LightDesc*> lights;   ///< lights of the run; used by maps and by final shading only
+    std::vector<LightDesc*> lights; ///< lights of the run; used by maps and by final shading only
 };
 
 /// A surface distribution at work. One thread uses one evaluator at a time; materials and maps must allow concurrent
@@ -55,7 +55,7 @@ private:
     SurfDistScene scene_;
     Matrix3 normalTM_;
     AColor result_{1, 1, 1, 1};
-    std::vector<Point3> channels_;     ///< coordinate by channel + 2
+    std::vector<Point3> channels_; ///< coordinate by channel + 2
     std::unique_ptr<HairShadeContext> context_;
     std::unique_ptr<Mtl> ownMaterial_; ///< the default material, when the emitter has none
     std::vector<int> vertexFace_;      ///< lowest face that uses each vertex, built on first use

@@ -18,16 +18,22 @@ enum SurfDistChannel {
 };
 
 /// Which component becomes the scalar.
-enum SurfDistComponent { SURFCOMP_INTENSITY = 0, SURFCOMP_RED = 1, SURFCOMP_GREEN = 2, SURFCOMP_BLUE = 3, SURFCOMP_ALPHA = 4 };
+enum SurfDistComponent {
+    SURFCOMP_INTENSITY = 0,
+    SURFCOMP_RED = 1,
+    SURFCOMP_GREEN = 2,
+    SURFCOMP_BLUE = 3,
+    SURFCOMP_ALPHA = 4
+};
 
 /// Settings of one surface distribution.
 struct SurfDistSettings {
     bool enabled = false;
     bool useFinalShading = false; ///< shade the sub-material with the scene's lights
     int source = SURFDIST_SUBMATERIAL;
-    int subMtlId = 0;             ///< 0: the face's own material; k > 0: sub-material k
+    int subMtlId = 0; ///< 0: the face's own material; k > 0: sub-material k
     int channelType = SURFCHAN_UVW;
-    int channel = 1;              ///< mapping channel or vertex data channel
+    int channel = 1; ///< mapping channel or vertex data channel
     int component = SURFCOMP_INTENSITY;
-    Texmap* map = nullptr;        ///< for source "Map"; not owned
+    Texmap* map = nullptr; ///< for source "Map"; not owned
 };
