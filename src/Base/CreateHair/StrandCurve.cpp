@@ -63,7 +63,7 @@ void CutAtLength(StrandContext& c, float target) {
 void Interpolate(StrandContext& c, const CornerStrands& corners, int last) {
     const int end = 3 * c.segments;
     const float* fade = c.tables->ClumpFade(c.segments);
-    const Float4 count(float(end));
+    const Float4 count = float(end);
     const Float4 b0(c.bary.x), b1(c.bary.y), b2(c.bary.z);
     const Float4 w0(c.weights.x), w1(c.weights.y), w2(c.weights.z);
     for (int k = 0; k <= last; k += 4) {
