@@ -21,6 +21,9 @@ void BuildFaceRecords(const GenerationRun& run, std::vector<EmitterFace>& faces)
 /// number, attractor number. A face that is not selected, or that misses a corner strand, gets none.
 void DrawStrandCounts(GenerationRun& run, StrandContext& context);
 
+/// The face's generator as it stands before the root of strand `index` is drawn.
+HairRandom RootGenerator(const EmitterFace& face, int index);
+
 /// Root of strand `index` of a face, as barycentric weights. The face's generator first draws the two numbers, then two
 /// values a root.
 Point3 StrandRoot(const EmitterFace& face, int index);

@@ -45,7 +45,7 @@ public:
     Point3 clumpCorner[3];             ///< corners that clump distances are measured on
     std::vector<Point3> attractorBary; ///< roots of the face's clump attractors
     std::vector<char> segmentVisible;  ///< by segment of the unshortened strand
-    bool anyVisible = true;
+    std::vector<char> cullScratch;     ///< room for culling
 
     // The current strand.
     int strandIndex = 0;

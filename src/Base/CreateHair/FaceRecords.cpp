@@ -62,9 +62,14 @@ void DrawStrandCounts(GenerationRun& run, StrandContext& context) {
     }
 }
 
-Point3 StrandRoot(const EmitterFace& face, int index) {
+HairRandom RootGenerator(const EmitterFace& face, int index) {
     HairRandom rng;
     rng.Seed(face.seed);
     rng.Skip(kDrawsBeforeRoots + kDrawsPerRoot * uint64_t(index));
+    return rng;
+}
+
+Point3 StrandRoot(const EmitterFace& face, int index) {
+    HairRandom rng = RootGenerator(face, index);
     return RandomBarycentric(rng); // two draws
 }
