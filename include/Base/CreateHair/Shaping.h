@@ -7,3 +7,6 @@
 /// is dropped. The strand's draws, in order: one discarded after seeding, length, thickness, colour (3), orientation,
 /// direction random (2), curl orientation.
 bool MakeStrand(StrandContext& c, int index, const Point3& bary);
+
+/// Places the root of the strand with weights c.bary on the current face, with its emitter mapping coordinates.
+void PlaceRoot(StrandContext& c);

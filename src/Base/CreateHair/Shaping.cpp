@@ -11,22 +11,6 @@
 
 namespace {
 
-void PlaceRoot(StrandContext& c) {
-    const GenerationRun& run = *c.run;
-    const Mesh& mesh = *run.mesh;
-    c.rootObject = BaryInterpolate(c.bary, mesh.verts[size_t(c.vertex[0])], mesh.verts[size_t(c.vertex[1])],
-                                   mesh.verts[size_t(c.vertex[2])]);
-    c.rootOutput = c.rootObject * run.objectToOutput;
-    if (!run.needsMapping) return;
-    for (size_t i = 0; i < c.mapRoot.size(); ++i) {
-        const MeshMap* map = mesh.Map(int(i) - 2);
-        if (!map) continue;
-        const TVFace& t = map->tf[size_t(c.face->face)];
-        c.mapRoot[i] =
-            BaryInterpolate(c.bary, map->tv[size_t(t.t[0])], map->tv[size_t(t.t[1])], map->tv[size_t(t.t[2])]);
-    }
-}
-
 // Length factor that the modelling cutters left, blended from the corners.
 void FindCutFactor(StrandContext& c) {
     c.cutFactor = 1.0f;
@@ -53,6 +37,22 @@ bool Unwanted(const StrandContext& c) {
 }
 
 } // namespace
+
+void PlaceRoot(StrandContext& c) {
+    const GenerationRun& run = *c.run;
+    const Mesh& mesh = *run.mesh;
+    c.rootObject = BaryInterpolate(c.bary, mesh.verts[size_t(c.vertex[0])], mesh.verts[size_t(c.vertex[1])],
+                                   mesh.verts[size_t(c.vertex[2])]);
+    c.rootOutput = c.rootObject * run.objectToOutput;
+    if (!run.needsMapping) return;
+    for (size_t i = 0; i < c.mapRoot.size(); ++i) {
+        const MeshMap* map = mesh.Map(int(i) - 2);
+        if (!map) continue;
+        const TVFace& t = map->tf[size_t(c.face->face)];
+        c.mapRoot[i] =
+            BaryInterpolate(c.bary, map->tv[size_t(t.t[0])], map->tv[size_t(t.t[1])], map->tv[size_t(t.t[2])]);
+    }
+}
 
 bool MakeStrand(StrandContext& c, int index, const Point3& bary) {
     const GenerationRun& run = *c.run;

@@ -1,0 +1,83 @@
+#pragma once
+// Colour and opacity of strand points: the run's material asked at each of them.
+
+#include <vector>
+
+#include "Base/HairParams.h"
+#include "Base/HairShadeContext.h"
+
+class HairImageInfo;
+class ViewParamsEx;
+
+/// What shading needs to know of a run. Read-only while threads run.
+struct ShadingSetup {
+    Mtl* material = nullptr;        ///< never null in a run that shades
+    std::vector<LightDesc*> lights; ///< lights that reach the hair; empty: the stand-by light
+    bool useLights = true;          ///< false: no light list at all
+    RenderGlobalContext* context = nullptr;
+    const HairImageInfo* image = nullptr;
+    const ViewParamsEx* view = nullptr;
+    Color ambient;
+    INode* node = nullptr;
+    TimeValue time = 0;
+    float visibility = 1;           ///< of the hair node at the render time
+    Matrix3 objectTM;               ///< the emitter's object space to world space
+    bool castsShadowQueries = true; ///< lights look for shadows at strand points
+};
+
+/// What all points of one strand share.
+struct StrandSurface {
+    Color base, tip;
+    Point3 bary;                     ///< root weights on the emitter face
+    Point3 orientation;              ///< cross-section orientation, camera space
+    const Point3* mapRoot = nullptr; ///< root's emitter coordinates by channel + 2; null when none are needed
+    int mapRootCount = 0;
+    int materialId = 0; ///< zero-based
+    int face = 0;       ///< emitter face
+};
+
+/// Class id of the hair-aware shader.
+inline constexpr Class_ID HAIR_SHADER_CLASS_ID{0x4eac6307, 0x1ba16fc3};
+
+/// True when `material` (through multi-materials, by material id) is a standard material with the hair-aware shader.
+bool UsesHairShader(Mtl* material, int materialId);
+
+/// One thread's shading of strand points.
+class StrandShading {
+public:
+    StrandShading(const ShadingSetup& setup, const HairParams& params);
+
+    void SetStrand(const StrandSurface& s);
+    int WidthSamples() const { return samples_; }
+    /// Shades the width samples of a point: camera-space position, tangent (not degenerate), thickness there, and the
+    /// parameter along the strand. Writes WidthSamples() colours and opacities.
+    void ShadeSamples(const Point3& p, const Point3& tangent, float thickness, float v, Color* colors,
+                      float* opacities);
+    /// One colour at the point itself.
+    void ShadeSingle(const Point3& p, const Point3& tangent, float v, Color& color, float& opacity);
+    /// A tangent that is too short to shade with.
+    static bool Degenerate(const Point3& tangent);
+
+private:
+    struct Frame {
+        Point3 normal, side, contextNormal;
+        bool backFace = false;
+    };
+    Frame MakeFrame(const Point3& p, const Point3& tangent) const;
+    void FillMapping(float u, float v);
+    void SetU(float u);
+    void ShadeAt(const Point3& p, const Point3& normal, bool backFace, Color& color, float& opacity);
+
+    const ShadingSetup& setup_;
+    bool flat_;
+    int samples_;
+    float bias_;
+    std::vector<int> channels_; ///< strand mapping by output channel
+    bool wantsU_ = false;       ///< a channel shows the position around the strand
+    StrandSurface strand_;
+    bool hairShader_ = false;
+    std::vector<signed char> shaderById_; ///< cache of UsesHairShader by material id: -1 unknown
+    std::vector<Point3> uvw_;
+    HairShadeContext context_;
+    Matrix3 objectToWorld_, worldToCam_, objectToCam_, camToWorld_, worldToObject_, camToObject_;
+};
