@@ -79,19 +79,18 @@ void sAssert(DiagSystem* system, const char* file, int line, const AssertDetails
     if (!file) file = "unknown file";
     Log* log = system->log;
     const bool framed = !system->systemInfoWritten || !system->moduleListWritten;
-    diag::EntryFrame frame(log);
-    {
-        LogHold together(log);
-        if (framed) frame.Begin();
-        WriteFailure(log, file, line, details);
-    }
-    // The user takes his time: the log is free for other threads meanwhile.
-    const bool stopPrompts = system->assertsShown && AskUser(*system, file, line, details);
-
     LogHold together(log);
-    if (stopPrompts) {
-        system->assertsShown = false;
-        LogWrite(log, ", all sAsserts disabled", 0);
+    diag::EntryFrame frame(log);
+    if (framed) frame.Begin();
+    WriteFailure(log, file, line, details);
+    if (system->assertsShown) {
+        together.Release(); // the user takes his time; other threads may log meanwhile
+        const bool stopPrompts = AskUser(*system, file, line, details);
+        together.Take();
+        if (stopPrompts) {
+            system->assertsShown = false;
+            LogWrite(log, ", all sAsserts disabled", 0);
+        }
     }
     EndFailureLine(log, framed);
     WriteSystemInfo(system);

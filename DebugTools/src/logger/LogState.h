@@ -32,19 +32,27 @@ struct Log {
 /// Holds a log's lock for a scope; null means the default log. `Get` gives null when there is no log to be had.
 class LogHold {
 public:
-    explicit LogHold(Log* log) : log_(log ? log : LogDefault()) {
-        if (log_) log_->locks->lock(log_->lock);
-    }
+    explicit LogHold(Log* log) : log_(log ? log : LogDefault()) { Take(); }
     ~LogHold() {
-        if (log_) log_->locks->unlock(log_->lock);
+        if (held_) Release();
     }
     LogHold(const LogHold&) = delete;
     LogHold& operator=(const LogHold&) = delete;
 
     Log* Get() const { return log_; }
+    /// Lets other threads in, until Take.
+    void Release() {
+        if (log_) log_->locks->unlock(log_->lock);
+        held_ = false;
+    }
+    void Take() {
+        if (log_) log_->locks->lock(log_->lock);
+        held_ = true;
+    }
 
 private:
     Log* log_;
+    bool held_ = false;
 };
 
 /// A failed check of the library itself: counted, and written to `log` as "file(line): assert failed" when there is

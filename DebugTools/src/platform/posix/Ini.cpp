@@ -1,9 +1,9 @@
 // Private-profile functions for systems that have none: the whole file is read, changed as text and replaced at once.
 #include "DebugTools/platform/Ini.h"
 
-#include "../ProfileRules.h"
 #include "DebugTools/platform/File.h"
 #include "DebugTools/platform/Thread.h"
+#include "platform/ProfileRules.h"
 
 #include <cstring>
 

@@ -8,6 +8,7 @@
 #include <pthread.h>
 #include <sched.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #if defined(__linux__)
@@ -124,17 +125,29 @@ NamedMutex::~NamedMutex() {
 }
 
 namespace {
-bool LockFile(int& file, const std::string& path, int operation) {
-    file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (file < 0) return false;
-    int result;
-    do result = flock(file, operation);
-    while (result != 0 && errno == EINTR);
-    if (result == 0) return true;
-    close(file);
-    file = -1;
-    return false;
+
+// The owner removes the file when it unlocks, so a lock counts only on the file that still bears the name.
+bool BearsName(int file, const std::string& path) {
+    struct stat opened, named;
+    return fstat(file, &opened) == 0 && stat(path.c_str(), &named) == 0 && opened.st_dev == named.st_dev &&
+           opened.st_ino == named.st_ino;
 }
+
+bool LockFile(int& file, const std::string& path, int operation) {
+    for (;;) {
+        file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+        if (file < 0) return false;
+        int result;
+        do result = flock(file, operation);
+        while (result != 0 && errno == EINTR);
+        const bool named = result == 0 && BearsName(file, path);
+        if (named) return true;
+        close(file);
+        file = -1;
+        if (result != 0) return false;
+    }
+}
+
 } // namespace
 
 bool NamedMutex::Lock() {
@@ -159,6 +172,7 @@ bool NamedMutex::TryLock() {
 
 void NamedMutex::Unlock() {
     if (--state_->depth == 0) {
+        unlink(state_->path.c_str());
         close(state_->file);
         state_->file = -1;
     }

@@ -1,8 +1,8 @@
 // Settings files through the operating system's private-profile functions.
 #include "DebugTools/platform/Ini.h"
 
-#include "../ProfileRules.h"
 #include "Win32.h"
+#include "platform/ProfileRules.h"
 
 namespace diag {
 

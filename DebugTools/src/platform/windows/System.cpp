@@ -1,8 +1,8 @@
 // Machine, process and time on Windows.
 #include "DebugTools/platform/System.h"
 
-#include "../WindowsNames.h"
 #include "Win32.h"
+#include "platform/WindowsNames.h"
 
 namespace diag {
 

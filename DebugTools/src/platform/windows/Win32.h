@@ -8,3 +8,6 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
+
+// A macro of the system that would rename one of our functions.
+#undef WriteProfileString
