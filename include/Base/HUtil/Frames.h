@@ -2,8 +2,6 @@
 // Frames and rotations. Frames are matrices whose rows are the axes. Quaternions become matrices through
 // Quat::ToMatrix() (sdk/quat.h), in the host's sense.
 
-#include <vector>
-
 #include "Base/HairMath.h"
 #include "sdk/mesh.h"
 #include "sdk/quat.h"
@@ -26,20 +24,12 @@ inline Matrix3 FrameFromDirection(const Point3& n, const Point3& r) {
     return {x, CrossProd(n, x), n, Point3()};
 }
 
-/// A vertex as a face uses it.
-struct FaceCorner {
-    int face = -1, corner = 0;
-};
-
-/// The lowest face that uses `vertex`, with its corner; face -1 when there is none. Walks the faces.
-FaceCorner FindLowestFace(const Mesh& mesh, int vertex);
-/// The same for every vertex in one walk.
-std::vector<FaceCorner> FindLowestFaces(const Mesh& mesh);
-
-/// Frame from a mapping channel at a vertex: rows are the unit U and V tangents of the channel on `at.face` and the
-/// normal, not orthonormalised. `normal` null means the vertex normal; `at.face` -1 means the lowest face that uses
-/// the vertex. The frame from the normal where the channel is missing, its triangle is degenerate or no face is found.
-Matrix3 FrameFromMapping(const Mesh& mesh, int vertex, int channel, const Point3* normal = nullptr, FaceCorner at = {});
+/// Frame from a mapping channel at a vertex: rows are the unit U and V tangents of the channel on face `face` and the
+/// normal, not orthonormalised. `normal` null means the vertex normal; `face` -1 means the lowest face that uses the
+/// vertex, and `vertex` -1 the vertex at `corner` of `face`. The frame from the normal where the channel is missing,
+/// its triangle is degenerate or no face is found.
+Matrix3 FrameFromMapping(const Mesh& mesh, int vertex, int channel, const Point3* normal = nullptr, int face = -1,
+                         int corner = 0);
 
 /// `v` turned about the unit `axis` by the angle with that sine and cosine, counter-clockwise seen against the axis
 /// (Rodrigues): X about Z by 90 degrees gives Y.

@@ -35,7 +35,7 @@ public:
     Point3 ControlPoint(int k) const;
     /// Point and, when wanted, derivative of segment `i` at parameter `u` in 0..1. The segment must exist.
     Point3 EvalSegment(int i, float u, Point3* derivative = nullptr) const;
-    /// Arc length of the whole spline; 0 below two knots.
+    /// Length of the whole spline, measured over 16 chords a segment; 0 below two knots.
     float Length() const;
 
 private:

@@ -2,23 +2,6 @@
 
 #include "Base/HUtil/Frames.h"
 
-FaceCorner FindLowestFace(const Mesh& mesh, int vertex) {
-    for (int f = 0; f < mesh.getNumFaces(); ++f)
-        for (int c = 0; c < 3; ++c)
-            if (mesh.faces[size_t(f)].v[c] == vertex) return {f, c};
-    return {};
-}
-
-std::vector<FaceCorner> FindLowestFaces(const Mesh& mesh) {
-    std::vector<FaceCorner> lowest(size_t(mesh.getNumVerts()));
-    for (int f = mesh.getNumFaces(); f-- > 0;)
-        for (int c = 3; c-- > 0;) {
-            const int v = mesh.faces[size_t(f)].v[c];
-            if (v >= 0 && v < mesh.getNumVerts()) lowest[size_t(v)] = {f, c};
-        }
-    return lowest;
-}
-
 namespace {
 
 /// U and V tangents of the channel on a face; false where it has none.
@@ -37,8 +20,12 @@ bool MappingTangents(const Mesh& mesh, int face, int channel, Point3 tangents[2]
 
 } // namespace
 
-Matrix3 FrameFromMapping(const Mesh& mesh, int vertex, int channel, const Point3* normal, FaceCorner at) {
-    if (at.face < 0) at = FindLowestFace(mesh, vertex);
+Matrix3 FrameFromMapping(const Mesh& mesh, int vertex, int channel, const Point3* normal, int face, int corner) {
+    if (face < 0) {
+        mesh.FirstFaceOfVertex(vertex, face, corner);
+    } else if (vertex < 0 && face < mesh.getNumFaces()) {
+        vertex = mesh.faces[size_t(face)].v[corner];
+    }
     Point3 n(0, 0, 1);
     if (normal) {
         n = *normal;
@@ -46,6 +33,6 @@ Matrix3 FrameFromMapping(const Mesh& mesh, int vertex, int channel, const Point3
         n = mesh.VertexNormals()[size_t(vertex)];
     }
     Point3 tangents[2];
-    if (!MappingTangents(mesh, at.face, channel, tangents)) return FrameFromDirection(n);
+    if (!MappingTangents(mesh, face, channel, tangents)) return FrameFromDirection(n);
     return {Normalize(tangents[0]), Normalize(tangents[1]), n, Point3()};
 }

@@ -6,6 +6,9 @@
 
 namespace {
 
+/// Chords a segment that the length is measured over.
+constexpr int kLengthChords = 16;
+
 /// Tangent third at a row's end, from the end knot `p0` and the two knots after it (toward the inside).
 Point3 EndTangent(const Point3& p0, const Point3& p1, const Point3& p2, float la, float lb) {
     const Point3 a = p1 - p0, b = p2 - p1;
@@ -98,16 +101,13 @@ Point3 StrandSpline::EvalSegment(int i, float u, Point3* derivative) const {
 
 float StrandSpline::Length() const {
     if (lengthValid_) return length_;
-    // Five-point Gauss-Legendre rule per segment: places in 0..1 and weights.
-    constexpr float kPlace[5] = {0.04691008f, 0.23076534f, 0.5f, 0.76923466f, 0.95308992f};
-    constexpr float kWeight[5] = {0.11846344f, 0.23931434f, 0.28444445f, 0.23931434f, 0.11846344f};
     length_ = 0.0f;
+    Point3 points[kLengthChords + 1], tangents[kLengthChords + 1];
     for (int i = 0; i + 1 < Count(); ++i) {
-        for (int j = 0; j < 5; ++j) {
-            Point3 d;
-            EvalSegment(i, kPlace[j], &d);
-            length_ += kWeight[j] * ::Length(d);
-        }
+        const StrandKnot &a = Knot(i), &b = Knot(i + 1);
+        const Point3 c[4] = {a.point, a.out, b.in, b.point};
+        SubdivideSegment(kLengthChords, c, points, tangents);
+        for (int j = 0; j < kLengthChords; ++j) length_ += ::Length(points[j + 1] - points[j]);
     }
     lengthValid_ = true;
     return length_;

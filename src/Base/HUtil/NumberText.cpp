@@ -1,6 +1,6 @@
 // Numbers in settings files.
 
-#include "Base/HUtil/IniText.h"
+#include "Base/HUtil/NumberText.h"
 
 #include <charconv>
 #include <cstring>
