@@ -17,7 +17,7 @@ public:
 
 /// A point on a strand (or on an emitter) as materials, maps and lights see it.
 /// Each thread owns its context; setting one up allocates nothing.
-class HairShadeContext : public ShadeContext {
+class HairShadeContext final : public ShadeContext {
 public:
     HairShadeContext();
 
