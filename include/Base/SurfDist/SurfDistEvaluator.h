@@ -24,6 +24,8 @@ struct SurfDistScene {
     TimeValue time = 0;
     INode* node = nullptr;
     Mtl* material = nullptr; ///< for source "Sub-Material ID"; null: a default material in the wire colour
+    /// Makes that default material; the evaluator deletes it.
+    Mtl* (*makeDefaultMaterial)(const Color& color) = nullptr;
     Color wireColor{0.5f, 0.5f, 0.5f};
     std::vector<LightDesc*> lights; ///< lights of the run; used by maps and by final shading only
 };
