@@ -19,6 +19,8 @@ public:
     void Adopt(ReferenceTarget* target);
     /// Gives the duty back to the caller.
     void Release(ReferenceTarget* target);
+    /// The owner of `target`, or null.
+    static TargetOwner* Of(const ReferenceTarget* target) { return target->owner_; }
     bool Owns(const ReferenceTarget* target) const { return target && target->owner_ == this; }
     /// Deletes everything through DeleteThis, dependents before what they refer to.
     void DeleteAll();

@@ -37,7 +37,7 @@ enum ParamType2 {
 inline constexpr unsigned P_ANIMATABLE = 1;    ///< may carry a controller
 inline constexpr unsigned P_TRANSIENT = 2;     ///< not saved
 inline constexpr unsigned P_VARIABLE_SIZE = 4; ///< a table that can grow
-inline constexpr unsigned P_SUBANIM = 8;       ///< a reference shown as a track
+inline constexpr unsigned P_SUBANIM = 8;       ///< a reference shown as a track; the block shares its ownership
 inline constexpr unsigned P_OWNERS_REF = 16;
 
 // Flags of a block.
@@ -53,7 +53,9 @@ struct PB2Value {
     ReferenceTarget* r = nullptr; ///< references and nodes
 };
 
-/// Reads and writes a parameter on behalf of its owner, after the block did its own part.
+/// Reads and writes a parameter on behalf of its owner, after the block did its own part: Get receives the block's
+/// value, Set the clamped value that was just stored; both may change it, and what Set leaves in `v` is what the block
+/// keeps. Dependents are told after Set.
 class PBAccessor {
 public:
     virtual ~PBAccessor() = default;
@@ -116,7 +118,7 @@ public:
     virtual ParamID IndextoID(int index) const = 0;
     virtual int IDtoIndex(ParamID id) const = 0; ///< -1 when the block has no such parameter
 
-    // Values at a time; `valid` is narrowed to where the value holds.
+    // Values at a time; `valid` is narrowed to where the value holds. Numbers are read as the type asked for.
     virtual float GetFloat(ParamID id, TimeValue t, Interval& valid, int tabIndex = 0) = 0;
     virtual int GetInt(ParamID id, TimeValue t, Interval& valid, int tabIndex = 0) = 0; ///< ints, bools, times
     virtual Point3 GetPoint3(ParamID id, TimeValue t, Interval& valid, int tabIndex = 0) = 0;
@@ -151,7 +153,10 @@ public:
         return GetReferenceTarget(id, t, v);
     }
 
-    // Setting returns false when the id is unknown, the type does not fit or a validator refuses.
+    // Setting returns false when the id is unknown, there is no such table entry, the type does not fit, the value is
+    // not a number, a validator refuses, or a reference would make a circle. A whole number fits a float parameter.
+    // Entries of a table with an accessor are left to the accessor, which may store null instead; other references are
+    // shown to the validator first.
     virtual bool SetValue(ParamID id, TimeValue t, float v, int tabIndex = 0) = 0;
     virtual bool SetValue(ParamID id, TimeValue t, int v, int tabIndex = 0) = 0;
     virtual bool SetValue(ParamID id, TimeValue t, const Point3& v, int tabIndex = 0) = 0;
@@ -170,10 +175,15 @@ public:
     virtual bool Delete(ParamID id, int start, int count) = 0;
 
     virtual Control* GetController(ParamID id) = 0;
+    /// Only animatable parameters take one, of a fitting type (float for all numbers, Point3 for points and colours);
+    /// the block shares its ownership (SetAutoDelete). Null leaves the constant.
     virtual bool SetController(ParamID id, Control* c) = 0;
     /// Where the parameter (all table entries) holds its value around `t`.
     virtual void GetValidity(ParamID id, TimeValue t, Interval& valid) = 0;
+    /// While dependents are told of a change: the parameter (and table entry) that changed. -1 at any other time.
+    virtual ParamID LastNotifyParamID(int* tabIndex = nullptr) { return -1; }
 };
 
-/// Makes a block of default values for `owner`.
+/// Makes a block of default values for `owner`; null without a description. The block is deleted when its last
+/// reference goes (SetAutoDelete), so it dies with its owner; the description must outlive it.
 IParamBlock2* CreateParameterBlock2(const ParamBlockDesc2* desc, ReferenceMaker* owner);

@@ -51,6 +51,11 @@ class TriObject : public GeomObject {
 public:
     Mesh mesh;
     Class_ID ClassID() override { return TRIOBJ_CLASS_ID; }
+    RefTargetHandle Clone(RemapDir&) override {
+        auto* copy = new TriObject;
+        copy->mesh = mesh;
+        return copy;
+    }
     bool CanConvertToType(Class_ID id) override { return id == TRIOBJ_CLASS_ID; }
     Object* ConvertToType(TimeValue t, Class_ID id) override { return id == TRIOBJ_CLASS_ID ? this : nullptr; }
     Mesh* GetRenderMesh(TimeValue t, INode* node, bool& needDelete) override {
@@ -65,6 +70,11 @@ public:
     BezierShape shape;
     SClass_ID SuperClassID() override { return SHAPE_CLASS_ID; }
     bool IsRenderable() override { return false; }
+    RefTargetHandle Clone(RemapDir&) override {
+        auto* copy = new ShapeObject;
+        copy->shape = shape;
+        return copy;
+    }
 };
 
 class HelperObject : public Object {
@@ -93,6 +103,8 @@ class Modifier : public BaseObject {
 public:
     SClass_ID SuperClassID() override { return OSM_CLASS_ID; }
     virtual Interval LocalValidity(TimeValue t) { return FOREVER; }
+    /// Changes `os->obj`, a copy made for this evaluation when its class can be cloned, and narrows `os->valid`. A
+    /// modifier that puts another object there hands over a new one.
     virtual void ModifyObject(TimeValue t, ObjectState* os, INode* node) {}
     bool enabled = true;
 };

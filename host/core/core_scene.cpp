@@ -1,0 +1,101 @@
+// The running host: nodes, ownership, looking things up.
+
+#include <set>
+
+#include "core/core.h"
+
+namespace host {
+
+namespace {
+
+void Collect(Node* parent, std::vector<Node*>& nodes) {
+    for (int i = 0; i < parent->NumberOfChildren(); ++i) {
+        nodes.push_back(parent->GetChildNode(i));
+        Collect(parent->GetChildNode(i), nodes);
+    }
+}
+
+// Searches a material or map and everything below it; shared parts are visited once.
+Texmap* FindMap(MtlBase* base, const std::string& name, std::set<MtlBase*>& seen) {
+    if (!base || !seen.insert(base).second) return nullptr;
+    if (base->SuperClassID() == TEXMAP_CLASS_ID && base->GetName() == name) return static_cast<Texmap*>(base);
+    for (int i = 0; i < base->NumSubTexmaps(); ++i)
+        if (Texmap* const map = FindMap(base->GetSubTexmap(i), name, seen)) return map;
+    if (base->SuperClassID() != MATERIAL_CLASS_ID) return nullptr;
+    auto* const mtl = static_cast<Mtl*>(base);
+    for (int i = 0; i < mtl->NumSubMtls(); ++i)
+        if (Texmap* const map = FindMap(mtl->GetSubMtl(i), name, seen)) return map;
+    return nullptr;
+}
+
+} // namespace
+
+std::vector<Node*> Core::AllNodes() {
+    std::vector<Node*> nodes;
+    Collect(root_, nodes);
+    return nodes;
+}
+
+INode* Core::GetINodeByName(const char* name) {
+    if (!name) return nullptr;
+    for (Node* const node : AllNodes())
+        if (node->GetName() == std::string(name)) return node;
+    return nullptr;
+}
+
+Node* Core::CreateNode(const std::string& name, Object* object, Node* parent) {
+    Node* const node = Adopt(new Node(name));
+    Adopt(object);
+    if (object) node->SetObjectRef(object);
+    (parent ? parent : root_)->AttachChild(node);
+    return node;
+}
+
+void Core::DeleteNode(INode* node) {
+    if (node && node != root_ && owner_.Owns(node)) node->DeleteThis();
+}
+
+ReferenceTarget* Core::CreateInstance(SClass_ID sid, Class_ID id) {
+    if (sid == FLT_CLASS_ID) return nullptr;
+    ClassDesc* const desc = classes_.Find(sid, id);
+    void* const made = desc ? desc->Create(false) : nullptr;
+    if (!made) return nullptr;
+    // Create answers the object itself, whose first base is ReferenceMaker.
+    auto* const maker = static_cast<ReferenceMaker*>(made);
+    return maker->IsRefTarget() ? Adopt(static_cast<ReferenceTarget*>(maker)) : nullptr;
+}
+
+void Core::ResetScene() {
+    owner_.DeleteAll();
+    refs_.DeleteAllRefs();
+    while (NumAtmospheric() > 0) refs_.RemoveAtmospheric(NumAtmospheric() - 1);
+    root_ = Adopt(new Node("Scene Root"));
+    boxes_.Clear();
+    ClearRenderAbort();
+}
+
+Atmospheric* Core::GetAtmospheric(int i) {
+    return i >= 0 && i < NumAtmospheric() ? refs_.Atmospherics()[size_t(i)] : nullptr;
+}
+
+void Core::DeleteAtmosphere(int i) {
+    Atmospheric* const a = GetAtmospheric(i);
+    if (!a) return;
+    TargetWatch watch(a);
+    refs_.RemoveAtmospheric(i);
+    if (owner_.Owns(a) && !a->HasDependents()) a->DeleteThis();
+}
+
+Texmap* Core::FindTexmapByName(const char* name) {
+    if (!name || !*name) return nullptr;
+    std::set<MtlBase*> seen;
+    if (Texmap* const map = FindMap(GetEnvironmentMap(), name, seen)) return map;
+    for (Node* const node : AllNodes())
+        if (Texmap* const map = FindMap(node->GetMtl(), name, seen)) return map;
+    for (ReferenceTarget* const t : owner_.Targets())
+        if (t->SuperClassID() == TEXMAP_CLASS_ID || t->SuperClassID() == MATERIAL_CLASS_ID)
+            if (Texmap* const map = FindMap(static_cast<MtlBase*>(t), name, seen)) return map;
+    return nullptr;
+}
+
+} // namespace host

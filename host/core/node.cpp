@@ -1,0 +1,243 @@
+// Nodes: hierarchy, references, flags.
+
+#include "core/node.h"
+
+#include <algorithm>
+
+#include "core/controllers.h"
+#include "core/target_owner.h"
+#include "sdk/mtl.h"
+
+namespace host {
+
+Node::Node(const std::string& name) : name_(name) {
+    auto* const tm = new MatrixControl;
+    tm->SetAutoDelete(true);
+    ReplaceReference(kTMRef, tm);
+}
+
+Node::~Node() {
+    while (!children_.empty()) {
+        Node* const child = children_.back();
+        children_.pop_back();
+        child->parent_ = nullptr;
+        if (parent_) parent_->AttachChild(child);
+    }
+    if (parent_) std::erase(parent_->children_, this);
+    DeleteAllRefs();
+}
+
+void Node::TellChanged(PartID part, RefMessage message) {
+    NotifyDependents(FOREVER, part, message);
+}
+
+void Node::SetName(const char* name) {
+    name_ = name ? name : "";
+    TellChanged(PART_ALL, REFMSG_NODE_NAMECHANGE);
+}
+
+Node* Node::GetChildNode(int i) {
+    return i >= 0 && i < NumberOfChildren() ? children_[size_t(i)] : nullptr;
+}
+
+bool Node::AttachChild(Node* child, bool keepTM, TimeValue t) {
+    if (!child || PlaceDependsOn(this, child)) return false;
+    const Matrix3 place = child->GetNodeTM(t);
+    if (child->parent_) std::erase(child->parent_->children_, child);
+    child->parent_ = this;
+    children_.push_back(child);
+    if (keepTM)
+        child->SetNodeTM(t, place);
+    else
+        child->TellTMChanged();
+    return true;
+}
+
+void Node::SetObjectRef(Object* o) {
+    if (ReplaceReference(kObjectRef, o) != REF_SUCCEED) return;
+    InvalidateWorldState();
+    TellChanged(PART_ALL);
+}
+
+Modifier* Node::GetModifier(int i) {
+    return i >= 0 && i < NumModifiers() ? modifiers_[size_t(i)] : nullptr;
+}
+
+bool Node::AddModifier(Modifier* m, int i) {
+    if (!m || i < 0 || i > NumModifiers()) return false;
+    modifiers_.insert(modifiers_.begin() + i, nullptr);
+    if (ReplaceReference(kFixedRefs + i, m) != REF_SUCCEED) {
+        modifiers_.erase(modifiers_.begin() + i);
+        return false;
+    }
+    InvalidateWorldState();
+    TellChanged(PART_ALL);
+    return true;
+}
+
+bool Node::DeleteModifier(int i) {
+    if (i < 0 || i >= NumModifiers()) return false;
+    ReplaceReference(kFixedRefs + i, nullptr);
+    modifiers_.erase(modifiers_.begin() + i);
+    InvalidateWorldState();
+    TellChanged(PART_ALL);
+    return true;
+}
+
+void Node::SetMtl(Mtl* m) {
+    if (ReplaceReference(kMtlRef, m) == REF_SUCCEED) TellChanged(PART_MTL, REFMSG_NODE_MATERIAL_CHANGED);
+}
+
+void Node::SetWireColor(const Color& c) {
+    wireColor_ = c;
+    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
+}
+
+void Node::Hide(bool on) {
+    if (hidden_ == on) return;
+    hidden_ = on;
+    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
+}
+
+float Node::GetVisibility(TimeValue t, Interval* valid) {
+    float v = constantVisibility_;
+    Interval own = FOREVER;
+    if (visibility_) visibility_->GetValue(t, &v, own);
+    if (valid) *valid &= own;
+    return std::clamp(v, 0.0f, 1.0f);
+}
+
+void Node::SetVisibility(float v) {
+    constantVisibility_ = v;
+    ReplaceReference(kVisibilityRef, nullptr);
+    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
+}
+
+bool Node::SetVisibilityController(Control* c) {
+    if (c && c->SuperClassID() != CTRL_FLOAT_CLASS_ID) return false;
+    if (ReplaceReference(kVisibilityRef, c) != REF_SUCCEED) return false;
+    if (c) c->SetAutoDelete(true);
+    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
+    return true;
+}
+
+void Node::SetRenderFlags(bool renderable, bool primary, bool castShadows, bool rcvShadows, bool atmosphere) {
+    renderable_ = renderable;
+    primary_ = primary;
+    castShadows_ = castShadows;
+    rcvShadows_ = rcvShadows;
+    atmosphere_ = atmosphere;
+    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
+}
+
+RefTargetHandle Node::GetReference(int i) {
+    switch (i) {
+    case kTMRef:
+        return tm_;
+    case kObjectRef:
+        return object_;
+    case kMtlRef:
+        return mtl_;
+    case kVisibilityRef:
+        return visibility_;
+    case kTargetRef:
+        return target_;
+    default:
+        return GetModifier(i - kFixedRefs);
+    }
+}
+
+void Node::SetReference(int i, RefTargetHandle target) {
+    switch (i) {
+    case kTMRef:
+        tm_ = static_cast<Control*>(target);
+        break;
+    case kObjectRef:
+        object_ = static_cast<Object*>(target);
+        break;
+    case kMtlRef:
+        mtl_ = static_cast<Mtl*>(target);
+        break;
+    case kVisibilityRef:
+        visibility_ = static_cast<Control*>(target);
+        break;
+    case kTargetRef:
+        target_ = static_cast<INode*>(target);
+        break;
+    default:
+        if (GetModifier(i - kFixedRefs) || (i >= kFixedRefs && i < NumRefs()))
+            modifiers_[size_t(i - kFixedRefs)] = static_cast<Modifier*>(target);
+    }
+}
+
+RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID& partID, RefMessage message) {
+    if (message == REFMSG_TARGET_DELETED) {
+        std::erase(modifiers_, nullptr);
+        InvalidateWorldState();
+        TellTMChanged();
+        TellChanged(PART_ALL);
+        return REF_SUCCEED;
+    }
+    if (message != REFMSG_CHANGE) return REF_SUCCEED;
+    if (target == tm_ || target == target_) {
+        // A target counts by its place only.
+        if (target == target_ && !(partID & PART_TM)) return REF_STOP;
+        TellTMChanged();
+        return REF_STOP;
+    }
+    if (target == mtl_)
+        partID = PART_MTL;
+    else if (target == visibility_)
+        partID = PART_DISPLAY;
+    else
+        InvalidateWorldState();
+    return REF_SUCCEED;
+}
+
+Animatable* Node::SubAnim(int i) {
+    return i == kTargetRef ? nullptr : GetReference(i); // another node is no track of this one
+}
+
+TSTR Node::SubAnimName(int i) {
+    constexpr const char* kNames[kFixedRefs] = {"Transform", "Object", "Material", "Visibility", "Target"};
+    if (i >= 0 && i < kFixedRefs) return kNames[i];
+    Modifier* const m = GetModifier(i - kFixedRefs);
+    return m ? TSTR(m->GetObjectName()) : TSTR();
+}
+
+// A copied part belongs to the scene that this node belongs to; outside a scene it goes with its last user.
+void Node::OwnLikeThis(RefTargetHandle copy) {
+    TargetOwner* const scene = TargetOwner::Of(this);
+    if (!scene)
+        copy->SetAutoDelete(true);
+    else if (!copy->AutoDelete())
+        scene->Adopt(copy);
+}
+
+RefTargetHandle Node::Clone(RemapDir& remap) {
+    auto* const copy = new Node(name_);
+    const auto cloneOrShare = [&](RefTargetHandle from) {
+        const RefTargetHandle known = remap.FindMapping(from);
+        const RefTargetHandle to = known ? known : remap.CloneRef(from);
+        if (to && !known) OwnLikeThis(to);
+        return to ? to : from;
+    };
+    for (const int i : {int(kTMRef), int(kObjectRef), int(kVisibilityRef)})
+        copy->ReplaceReference(i, cloneOrShare(GetReference(i)));
+    for (Modifier* const m : modifiers_)
+        copy->AddModifier(static_cast<Modifier*>(cloneOrShare(m)), copy->NumModifiers());
+    copy->ReplaceReference(kMtlRef, mtl_);
+    copy->ReplaceReference(kTargetRef, target_);
+    copy->offset_ = offset_;
+    copy->wireColor_ = wireColor_;
+    copy->constantVisibility_ = constantVisibility_;
+    copy->props_ = props_;
+    copy->hidden_ = hidden_;
+    copy->frozen_ = frozen_;
+    copy->secondary_ = secondary_;
+    copy->gbufID_ = gbufID_;
+    copy->SetRenderFlags(renderable_, primary_, castShadows_, rcvShadows_, atmosphere_);
+    return copy;
+}
+
+} // namespace host

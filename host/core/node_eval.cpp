@@ -1,0 +1,130 @@
+// Nodes: transforms and the evaluation of the modifier stack.
+
+#include <algorithm>
+
+#include "core/node.h"
+#include "sdk/control.h"
+
+namespace host {
+
+Matrix3 LookAtMatrix(const Point3& position, const Point3& target) {
+    const Point3 z = Normalize(position - target);
+    if (z == Point3()) return TransMatrix(position);
+    Point3 x = Normalize(CrossProd({0, 0, 1}, z));
+    if (x == Point3()) x = {1, 0, 0};
+    return {x, CrossProd(z, x), z, position};
+}
+
+Matrix3 Node::LookAt(const Matrix3& tm, TimeValue t, Interval& valid) {
+    const Point3 place = target_->GetNodeTM(t, &valid).GetTrans();
+    return place == tm.GetTrans() ? tm : LookAtMatrix(tm.GetTrans(), place);
+}
+
+Matrix3 Node::GetNodeTM(TimeValue t, Interval* valid) {
+    Interval own = FOREVER;
+    Matrix3 tm;
+    if (tm_) tm_->GetValue(t, &tm, own);
+    if (parent_) tm = tm * parent_->GetNodeTM(t, &own);
+    if (target_) tm = LookAt(tm, t, own);
+    if (valid) *valid &= own;
+    return tm;
+}
+
+Matrix3 Node::GetObjectTM(TimeValue t, Interval* valid) {
+    return offset_ * GetNodeTM(t, valid);
+}
+
+void Node::SetNodeTM(TimeValue t, const Matrix3& tm) {
+    if (!tm_) return;
+    const Matrix3 local = parent_ ? tm * Inverse(parent_->GetNodeTM(t)) : tm;
+    tm_->SetValue(t, &local);
+}
+
+bool Node::SetTMController(Control* c) {
+    if (!c || c->SuperClassID() != CTRL_MATRIX3_CLASS_ID) return false;
+    if (ReplaceReference(kTMRef, c) != REF_SUCCEED) return false;
+    c->SetAutoDelete(true);
+    TellTMChanged();
+    return true;
+}
+
+void Node::SetObjectOffset(const Matrix3& m) {
+    offset_ = m;
+    TellTMChanged();
+}
+
+bool Node::SetTarget(INode* target) {
+    if (target && PlaceDependsOn(target, this)) return false;
+    if (ReplaceReference(kTargetRef, target) != REF_SUCCEED) return false;
+    TellTMChanged();
+    return true;
+}
+
+// True when the place of `node` follows from that of `on`: the same node, a parent, a target, or theirs.
+bool Node::PlaceDependsOn(INode* node, INode* on) {
+    for (INode* n = node; n; n = n->GetParentNode()) {
+        if (n == on) return true;
+        auto* const own = dynamic_cast<Node*>(n);
+        if (own && own->target_ && PlaceDependsOn(own->target_, on)) return true;
+    }
+    return false;
+}
+
+// A moved node moves everything below it.
+void Node::TellTMChanged() {
+    TellChanged(PART_TM);
+    const std::vector<Node*> children = children_;
+    for (Node* const child : children)
+        if (std::find(children_.begin(), children_.end(), child) != children_.end()) child->TellTMChanged();
+}
+
+void Node::InvalidateWorldState() {
+    const std::lock_guard<std::recursive_mutex> lock(evalMutex_);
+    state_.valid = NEVER;
+}
+
+const ObjectState& Node::EvalWorldState(TimeValue t) {
+    const std::lock_guard<std::recursive_mutex> lock(evalMutex_);
+    if (!state_.valid.InInterval(t)) EvalPipeline(t);
+    return state_;
+}
+
+void Node::EvalPipeline(TimeValue t) {
+    // The former result lives until the new one stands: a modifier may still look at it.
+    Derived former;
+    former.swap(derived_);
+    ObjectState os{nullptr, FOREVER};
+    if (object_) os = object_->Eval(t);
+    const Object* const base = os.obj;
+    for (size_t i = modifiers_.size(); i-- > 0 && os.obj;) {
+        Modifier* const modifier = modifiers_[i];
+        if (!modifier || !modifier->enabled) continue;
+        if (os.obj == base) {
+            RemapDir remap;
+            if (auto* const copy = static_cast<Object*>(os.obj->Clone(remap))) {
+                derived_.emplace_back(copy);
+                os.obj = copy;
+            }
+        }
+        Object* const before = os.obj;
+        os.valid &= modifier->LocalValidity(t);
+        modifier->ModifyObject(t, &os, this);
+        if (os.obj && os.obj != before && os.obj != base) derived_.emplace_back(os.obj);
+    }
+    // Whatever the parts say, the result holds at the time it was made for.
+    if (!os.valid.InInterval(t)) os.valid = Interval(t, t);
+    state_ = os;
+}
+
+} // namespace host
+
+TriObject* GetTriObjectFromNode(INode* node, TimeValue t, Interval& valid, bool& needDelete) {
+    needDelete = false;
+    if (!node) return nullptr;
+    const ObjectState& os = node->EvalWorldState(t);
+    if (!os.obj || !os.obj->CanConvertToType(TRIOBJ_CLASS_ID)) return nullptr;
+    valid &= os.valid;
+    Object* const tri = os.obj->ConvertToType(t, TRIOBJ_CLASS_ID);
+    needDelete = tri && tri != os.obj;
+    return static_cast<TriObject*>(tri);
+}
