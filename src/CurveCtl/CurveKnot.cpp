@@ -89,6 +89,10 @@ void CurveKnot::GetClassName(TSTR& s) {
     s = FindString(kClassCurveKnot);
 }
 
+TSTR CurveKnot::SubAnimName(int) {
+    return FindString(kTextParameters);
+}
+
 void CurveKnot::SetReference(int i, RefTargetHandle target) {
     if (i != 0) return;
     block_ = static_cast<IParamBlock2*>(target);

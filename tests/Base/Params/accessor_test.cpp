@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Base/ParamBlocks.h"
 #include "DebugTools/Assert.h"
 #include "core/node.h"
@@ -178,25 +180,31 @@ TEST(NodeLists, ForcesVectorsAndModelHairs) {
         EXPECT_TRUE(AcceptsNode(list, &vector.node, nullptr, 0));
         EXPECT_FALSE(AcceptsNode(list, &helper.node, nullptr, 0));
     }
+    DummyModifier bend(kOther), style(kModelHair);
     Placed styled(SHAPE_CLASS_ID, kOther), plain(SHAPE_CLASS_ID, kOther);
-    styled.node.AddModifier(new DummyModifier(kOther));
+    styled.node.AddModifier(&bend);
     EXPECT_FALSE(AcceptsNode(pid_hair_models, &styled.node, nullptr, 0));
-    styled.node.AddModifier(new DummyModifier(kModelHair), 1);
+    styled.node.AddModifier(&style, 1);
     EXPECT_TRUE(AcceptsNode(pid_hair_models, &styled.node, nullptr, 0));
     EXPECT_FALSE(AcceptsNode(pid_hair_models, &plain.node, nullptr, 0));
     EXPECT_FALSE(AcceptsNode(pid_hair_models, &vector.node, nullptr, 0));
-    while (styled.node.NumModifiers()) styled.node.DeleteModifier(0);
 }
 
 TEST(NodeLists, AnyOtherListIsAnInternalError) {
     Placed sphere(GEOMOBJECT_CLASS_ID, kOther);
     static int reports = 0;
     reports = 0;
+    const auto logFile = std::filesystem::temp_directory_path() / "velmar_accessor_test.log";
+    LogSetFileName(nullptr, logFile.c_str());
+    LogSetCrashCopyName(nullptr, logFile.c_str());
     const auto former = GetDiagSystem()->assertCallback.exchange([](const char*) { return ++reports > 0; });
     EXPECT_FALSE(AcceptsNode(199, &sphere.node, nullptr, 0));
     EXPECT_FALSE(AcceptsNode(209, &sphere.node, nullptr, 0));
     EXPECT_EQ(reports, 2);
     GetDiagSystem()->assertCallback = former;
+    LogSetCopyOnClose(nullptr, false);
+    LogSetFileName(nullptr, nullptr); // closes the file
+    std::filesystem::remove(logFile);
 }
 
 TEST(NodeLists, BlocksRefuseAndClear) {

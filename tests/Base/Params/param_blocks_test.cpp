@@ -233,6 +233,30 @@ TEST(ParamBlocks, AClassGetsItsDescriptorsInOrder) {
     }
 }
 
+TEST(HairParamsDefaults, AreThoseOfANewObject) {
+    const HairParams fur = HairParams::Defaults(true), hair = HairParams::Defaults(false);
+    EXPECT_TRUE(fur.isFur);
+    EXPECT_FALSE(hair.isFur);
+    EXPECT_EQ(fur.Float(pid_length), 4.0f);
+    EXPECT_EQ(hair.Float(pid_length), 1.0f);
+    EXPECT_EQ(fur.Int(pid_knots), 5);
+    EXPECT_EQ(hair.Int(pid_knots), 10);
+    EXPECT_TRUE(fur.On(pid_fixShape));
+    EXPECT_TRUE(fur.On(pid_fur_useLeaning));
+    EXPECT_FALSE(hair.On(pid_fur_useLeaning)); // it has no such parameter
+    EXPECT_EQ(hair.Float(pid_hair_autoInfMix), 0.5f);
+    EXPECT_EQ(fur.Int(pid_orientAngle), -90);
+    EXPECT_EQ(fur.Int(pid_dyn_frameStart), 0); // -1 tick lies in frame 0
+    EXPECT_EQ(fur.colTip, Color(0.651f, 0.5647f, 0.486f));
+    for (const int on :
+         {pid_curve_thickness, pid_curve_curlRadius, pid_curve_dynWeight, pid_curve_dynHardness, pid_curve_dynInertia})
+        EXPECT_NE(fur.Curve(on), nullptr) << on;
+    for (const int off : {pid_curve_curlTurns, pid_curve_clumpShape}) EXPECT_EQ(fur.Curve(off), nullptr) << off;
+    EXPECT_EQ(fur.Curve(pid_curve_thickness)->Eval(0.0f), 1.0f);
+    for (int i = 0; i < kNumRandDists; ++i) EXPECT_EQ(fur.RandCurve(kFirstRandDistPid + i), nullptr);
+    for (int i = 0; i < kNumSurfDists; ++i) EXPECT_EQ(fur.Surface(kFirstSurfDistPid + i), nullptr);
+}
+
 TEST(DescribeParameters, ListsEveryParameterOfTheObject) {
     const std::string fur = DescribeParameters(true), hair = DescribeParameters(false);
     for (const ExpectedParam& e : kExpectedParams) {
