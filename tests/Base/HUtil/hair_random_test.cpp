@@ -9,13 +9,18 @@
 
 namespace {
 
-/// A generator whose next output is `output`: the state before it, found by searching the output's states.
-HairRandom Before(int output) {
-    // The inverse step of the recurrence: 214013 has an inverse modulo 2^32.
+/// One step of the recurrence backwards: 214013 has an inverse modulo 2^32.
+void StepBack(HairRandom& r) {
     uint32_t inverse = 1;
     for (int i = 0; i < 31; ++i) inverse *= 2u - HairRandom::kMultiplier * inverse;
+    r.state = (r.state - HairRandom::kIncrement) * inverse;
+}
+
+/// A generator whose output number `place` from now on is `output`.
+HairRandom Before(int output, int place = 1) {
     HairRandom r;
-    r.state = ((uint32_t(output) << 16) - HairRandom::kIncrement) * inverse;
+    r.state = uint32_t(output) << 16;
+    for (int i = 0; i < place; ++i) StepBack(r);
     return r;
 }
 
@@ -187,7 +192,7 @@ TEST(RandomHue, ThreeDrawsWhateverTheAmount) {
 }
 
 TEST(RandomHue, ShiftsByHalfTheAmountOfTheCircle) {
-    // Output 32766 - 16383 = 16383: s is exactly 1. Red moved by a third of 1.0 * 0.5 ... of 2/3 * 0.5 = 1/3: green.
+    // Output 32766 makes s exactly 1: the hue moves by 2/3 * 0.5 = 1/3, from red to green.
     HairRandom r = Before(32766);
     const Color c = RandomHueShift(r, Color(1, 0, 0), 2.0f / 3.0f);
     EXPECT_NEAR(c.r, 0.0f, 1e-6f);
@@ -217,14 +222,16 @@ RC_GTEST_PROP(RandomTiltProperty, IsARotationThatLeavesTheAxisAlone, (uint32_t s
     RC_ASSERT(std::fabs(DotProd(z * m, z) - (1.0 - 2.0 * half * half)) < 1e-4);
 }
 
-TEST(RandomTilt, FullAmountTiltsByNinetyDegreesTowardTheHostsSense) {
-    // Axis parts from any draws; then force the third draw to s = 1 by composing the rotation by hand.
+// The third draw is 32766, so s is exactly 1: half the angle has the sine 0.7071, and the direction (a, b, 0) of the
+// first two draws turns onto z.
+TEST(RandomTilt, FullAmountTiltsByNinetyDegreesInTheHostsSense) {
+    HairRandom r = Before(32766, 3), check = r;
     const Point3 z(0, 0, 1);
-    const Point3 axis = Normalize(CrossProd(z, Point3(1, 0, 0))); // +Y
-    const Matrix3 m = Quat(axis * 0.70710677f, 0.70710677f).ToMatrix();
-    // A positive sine about n x r turns r onto n: here r = X onto n = Z.
-    const Point3 turned = Point3(1, 0, 0) * m;
-    EXPECT_NEAR(turned.z, 1.0f, 1e-6f);
+    const Matrix3 m = RandomTilt(r, z, 1.0f);
+    const float a = RandomSignedUnit(check), b = RandomSignedUnit(check);
+    const Point3 turned = Normalize(Point3(a, b, 0)) * m;
+    EXPECT_NEAR(turned.z, 1.0f, 1e-5f);
+    EXPECT_NEAR(DotProd(z * m, z), 0.0f, 1e-5f);
 }
 
 TEST(HairColor, HexagonModelByHand) {
