@@ -26,11 +26,15 @@ struct HRendSettings {
     float filterSize = 1.5f;            ///< of those box filters
     float thickLimit = 0.05f;           ///< widest strand, in pixels, that takes the thin method
     bool useThick = true;               ///< off: every strand takes the thin method
+    bool shadeMiddle = true;            ///< objects may shade their middle strands
     bool hairShadows = true;            ///< hair casts shadows on anything at all
     uint32_t idleTimeout = 3000;        ///< milliseconds until an unused bucket is freed
     size_t batchBytes = 4u << 20;       ///< samples of one thread between two merges
     uint32_t (*tick)() = SteadyTick;
 };
+
+/// The interface of an atmospheric effect that has hair to draw: GetInterface(id) answers its IHairSource.
+inline constexpr uint32_t HAIR_SOURCE_INTERFACE_ID = 0x27110002;
 
 /// A hair object, or anything else that draws strands.
 class IHairSource {
