@@ -1,6 +1,7 @@
 #pragma once
 // Pictures in memory.
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -67,7 +68,7 @@ private:
     float aspect_ = 1;
     std::vector<AColor> pixels_;
     std::vector<Color> background_;
-    std::map<uint32_t, std::vector<uint64_t>> channels_; ///< 8-byte words, for the alignment of any channel
+    std::map<uint32_t, std::vector<std::byte>> channels_; ///< row-major
     RenderInfo info_;
     bool hasInfo_ = false;
 };
