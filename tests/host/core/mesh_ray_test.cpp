@@ -105,7 +105,8 @@ TEST(MeshRay, EdgesAndCornersCount) {
             const float x = float(i) / 8, y = float(k) / 8;
             const Answer down = Ask(cube, {{x, y, 3}, {0, 0, -1}}), up = Ask(cube, {{y, x, -3}, {0, 0, 1}});
             ASSERT_TRUE(down.hit && up.hit) << x << " " << y;
-            if (i > 0 && i < 8 && k == i) EXPECT_TRUE(Ask(cube, {{x, y, 0.5f}, {0, 0, 1}}).hit) << "from within";
+            const bool onDiagonal = i > 0 && i < 8 && k == i;
+            EXPECT_TRUE(!onDiagonal || Ask(cube, {{x, y, 0.5f}, {0, 0, 1}}).hit) << "from within";
             EXPECT_EQ(down.at, 2);
             EXPECT_EQ(up.at, 3);
         }
