@@ -4,8 +4,6 @@
 #include <atomic>
 #include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
