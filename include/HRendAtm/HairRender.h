@@ -50,12 +50,17 @@ struct HairRenderStats {
     std::atomic<int> hairMs{0}, shadowMs{0};
 };
 
-/// Why a pixel has no hair, or that it has.
-enum class PixelState { Ready, NoHair };
+/// The camera's view of one frame with its buffer. Never changed once samples use it; a changed view makes a new one.
+struct CameraFrame {
+    HairImageInfo image;
+    ViewParamsEx view;
+    RenderGlobalContext* context = nullptr; ///< null: the view is the active viewport's
+    std::unique_ptr<HRendBuf> buffer;
+};
 
 /// There is exactly one per process, from Instance(). Update, RenderBegin and RenderEnd run on the host's main thread;
 /// Shade and the samplers on any number of render threads.
-class HairRender : public Atmospheric, public RaySampler, public VolumeSampler, private IHRendOwner {
+class HairRender : public Atmospheric, public RaySampler, public VolumeSampler, public IHRendOwner {
 public:
     /// The process's renderer, made on first use, without a parameter block.
     static HairRender& Instance();
@@ -97,7 +102,8 @@ public:
     void SampleNext(SamplerRecord& r) override;
 
     // For other parts of the library.
-    HRendBuf* CameraBuffer() { return buffer_.get(); }
+    /// The camera's buffer of the current frame, or null. Main thread, or while no frame can end.
+    HRendBuf* CameraBuffer() { return frame_ ? frame_->buffer.get() : nullptr; }
     const HRendSettings& EffectiveSettings() const { return settings_; }
     const LineFilter* Filter() const { return filter_.get(); }
     int ThreadCount() const { return settings_.threadCount; }
@@ -115,12 +121,15 @@ private:
     void ReadParameters(TimeValue t);
     void ChooseBuckets(TimeValue t);
     void RebuildFilter(int type, float size);
-    PixelState PreparePixel(ShadeContext& sc, const Point3& p0, const Point3& p1, IPoint2& pixel);
-    bool PrepareView(ShadeContext& sc);
-    bool ViewFromContext(RenderGlobalContext& context);
-    bool ViewFromViewport(ShadeContext& sc);
-    void RenderPixelBucket(const IPoint2& pixel, RenderGlobalContext* context);
-    void ShadeGuarded(ShadeContext& sc, const Point3& p0, const Point3& p1, Color& col, Color& trans);
+    /// The frame of the sample's camera and its pixel, with the pixel's bucket rendered; null when it gets no hair.
+    /// p0 and p1 come in world space and go out in camera space.
+    std::shared_ptr<CameraFrame> PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel);
+    std::shared_ptr<CameraFrame> CurrentFrame(ShadeContext& sc);
+    std::shared_ptr<CameraFrame> FrameFromContext(RenderGlobalContext& context);
+    std::shared_ptr<CameraFrame> FrameFromViewport(ShadeContext& sc);
+    void RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel);
+    void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans);
+    bool Refuses(const ShadeContext& sc) const;
 
     // IHRendOwner.
     HRendSettings& Settings() override { return settings_; }
@@ -130,9 +139,7 @@ private:
     bool MemoryIsTight() override;
     void Assert(const char* what) override;
 
-    HairImageInfo image_;
-    ViewParamsEx view_;
-    Point3 cameraPosition_;             ///< world space, captured by Update
+    Point3 cameraPosition_; ///< world space, captured by Update
     HRendSettings settings_;
     int filterType_ = 2;
     float filterSize_ = 1.5f;
@@ -144,9 +151,8 @@ private:
     HairRenderStats stats_;
     std::unique_ptr<LineFilter> filter_;
     std::atomic<bool> inactive_{true};
-    std::unique_ptr<HRendBuf> buffer_;
-    RenderGlobalContext* viewContext_ = nullptr; ///< context that view_ and image_ were last taken from
-    diag::CriticalSection prepareLock_; ///< "prepare render"
+    std::shared_ptr<CameraFrame> frame_; ///< guarded by prepareLock_
+    diag::CriticalSection prepareLock_;  ///< "prepare render"
     void* blender_ = nullptr;
     IParamBlock2* block_ = nullptr;
 };
@@ -155,8 +161,8 @@ private:
 ParamBlockDesc2* GetHairRenderBlock();
 ClassDesc2* GetHairRenderClassDesc();
 
-/// True when the segment p0 .. p1 (camera space) is one that the camera itself sends out. `p0.z` of exactly 0 in a parallel
-/// view is replaced by 1.0e30.
+/// True when the segment p0 .. p1 (camera space) is one that the camera itself sends out. `p0.z` of exactly 0 in a
+/// parallel view is replaced by 1.0e30.
 bool IsCameraSegment(bool perspective, Point3& p0, const Point3& p1);
 
 /// Kind and size of buckets that suit the host's current renderer (null: none), from its class id and script values.

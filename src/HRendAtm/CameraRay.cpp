@@ -50,6 +50,6 @@ bool IsCameraSegment(bool perspective, Point3& p0, const Point3& p1) {
     const bool near = std::fabs(p1.x) < kFarPoint && std::fabs(p1.y) < kFarPoint && std::fabs(p1.z) < kFarPoint;
     if (near) return Proportional(p1, p0);
     // A segment that ends far away: its direction must be the start's.
-    if (Proportional(Normalize(p0 - p1), Normalize(-p0))) return true;
+    if (Proportional(Normalize(p0 - p1), p0)) return true;
     return SameMagnitude(p1, p0);
 }

@@ -97,6 +97,21 @@ TEST(MeshRay, BadFacesAreLeftOut) {
     EXPECT_EQ(Ask(mesh, {{0.25f, 0.5f, 3}, {0, 0, -1}}).at, 2);
 }
 
+// Straight onto a diagonal, the rim and the corners: the edge functions are exactly zero there.
+TEST(MeshRay, EdgesAndCornersCount) {
+    const Mesh cube = UnitCube();
+    for (int i = 0; i <= 8; ++i)
+        for (const int k : {0, i, 8}) {
+            const float x = float(i) / 8, y = float(k) / 8;
+            const Answer down = Ask(cube, {{x, y, 3}, {0, 0, -1}}), up = Ask(cube, {{y, x, -3}, {0, 0, 1}});
+            ASSERT_TRUE(down.hit && up.hit) << x << " " << y;
+            const bool onDiagonal = i > 0 && i < 8 && k == i;
+            EXPECT_TRUE(!onDiagonal || Ask(cube, {{x, y, 0.5f}, {0, 0, 1}}).hit) << "from within";
+            EXPECT_EQ(down.at, 2);
+            EXPECT_EQ(up.at, 3);
+        }
+}
+
 // Along the diagonals and edges of a closed mesh no ray slips through.
 TEST(MeshRay, SharedEdgesLeaveNoGap) {
     Mesh mesh = UnitCube();

@@ -100,7 +100,9 @@ RC_GTEST_PROP(RefRandom, ClonesHaveTheSameShapeAndShareNothing, ()) {
             auto* const from = static_cast<Thing*>(g.things[i]->GetReference(slot));
             auto* const to = static_cast<Thing*>(copies.things[i]->GetReference(slot));
             RC_ASSERT((from == nullptr) == (to == nullptr));
-            if (from) RC_ASSERT(to == copies.things[size_t(from->number)]);
+            if (from) {
+                RC_ASSERT(to == copies.things[size_t(from->number)]);
+            }
         }
     }
     g.Check();
