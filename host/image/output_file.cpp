@@ -30,8 +30,10 @@ int ProcessId() {
 /// A name in the folder of `place` that nobody else uses: another process has another id, another file another number.
 fs::path NameBeside(const fs::path& place) {
     static std::atomic<unsigned> number{0};
-    const std::string tag = "." + std::to_string(ProcessId()) + "-" + std::to_string(number++) + ".part";
-    return place.parent_path() / ("." + place.filename().string() + tag);
+    std::string name(".");
+    name.append(place.filename().string()).append(".").append(std::to_string(ProcessId()));
+    name.append("-").append(std::to_string(number++)).append(".part");
+    return place.parent_path() / name;
 }
 
 } // namespace
