@@ -9,6 +9,7 @@
 #include <cstring>
 #include <unordered_map>
 
+#include "import/chunks_3ds.h"
 #include "import/mesh_build.h"
 #include "import/mesh_import.h"
 
@@ -122,15 +123,38 @@ private:
     bool hasMap_ = false;
 };
 
-void Collect(const std::string& file, const aiScene& scene, const aiNode& node, const aiMatrix4x4& parentTM,
-             std::vector<ImportedMesh>& out) {
+// The meshes of the file's nodes, placed in the world.
+void CollectNodes(const std::string& file, const aiScene& scene, const aiNode& node, const aiMatrix4x4& parentTM,
+                  std::vector<ImportedMesh>& out) {
     const aiMatrix4x4 tm = parentTM * node.mTransformation;
     if (node.mNumMeshes > 0) {
         NodeMesh mesh(file, node.mName.C_Str());
         for (unsigned i = 0; i < node.mNumMeshes; ++i) mesh.AddPart(*scene.mMeshes[node.mMeshes[i]], tm, scene);
         if (mesh.HasFaces()) out.push_back(mesh.Finish());
     }
-    for (unsigned i = 0; i < node.mNumChildren; ++i) Collect(file, scene, *node.mChildren[i], tm, out);
+    for (unsigned i = 0; i < node.mNumChildren; ++i) CollectNodes(file, scene, *node.mChildren[i], tm, out);
+}
+
+// A file without nodes has objects only: Assimp gives one mesh for every material of every object, in the file's order.
+void CollectObjects(const std::string& file, const std::string& content, const aiScene& scene,
+                    std::vector<ImportedMesh>& out) {
+    unsigned next = 0;
+    const auto add = [&](const std::string& name, unsigned faces) {
+        NodeMesh mesh(file, name);
+        for (unsigned have = 0; have < faces && next < scene.mNumMeshes; ++next) {
+            have += scene.mMeshes[next]->mNumFaces;
+            mesh.AddPart(*scene.mMeshes[next], aiMatrix4x4(), scene);
+        }
+        if (mesh.HasFaces()) out.push_back(mesh.Finish());
+    };
+    for (const Object3ds& object : ListObjects3ds(content)) add(object.name, object.faces);
+    while (next < scene.mNumMeshes) add(FileStem(file) + "_" + std::to_string(next + 1), 1);
+}
+
+// Assimp's own names for nodes that the file does not have.
+bool HasNodes(const aiScene& scene) {
+    const aiNode& root = *scene.mRootNode;
+    return std::string_view(root.mName.C_Str()) != "<3DSDummyRoot>";
 }
 
 void CheckMainChunk(const std::string& file, const std::string& content) {
@@ -158,7 +182,13 @@ std::vector<ImportedMesh> Import3ds(const std::string& file, const std::string& 
     // The root only turns the file's Z-up coordinates; they are taken as they stand.
     aiNode& root = *scene->mRootNode;
     root.mTransformation = aiMatrix4x4();
-    Collect(file, *scene, root, aiMatrix4x4(), out);
+    if (HasNodes(*scene)) {
+        CollectNodes(file, *scene, root, aiMatrix4x4(), out);
+    } else {
+        CollectObjects(file, content, *scene, out);
+    }
+    for (ImportedMesh& m : out)
+        if (m.name.empty()) m.name = FileStem(file);
     if (out.empty()) FailAt(file, 0, "has no faces, expected at least one");
     return out;
 }

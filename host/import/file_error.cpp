@@ -20,6 +20,12 @@ std::string PlaceText(const std::string& file, int line) {
     return line > 0 ? file + ":" + std::to_string(line) + ": " : file + ": ";
 }
 
+std::string Quoted(std::string_view text) {
+    std::string out("'");
+    out.append(text.substr(0, 60)).append(text.size() > 60 ? "...'" : "'");
+    return out;
+}
+
 void FailAt(const std::string& file, int line, const std::string& text) {
     throw Error(PlaceText(file, line) + text);
 }

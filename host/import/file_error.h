@@ -2,6 +2,7 @@
 // Errors about a place in a file.
 
 #include <string>
+#include <string_view>
 
 #include "core/error.h"
 
@@ -9,6 +10,8 @@ namespace host {
 
 /// "FILE:LINE: " or "FILE: " when `line` is below 1.
 std::string PlaceText(const std::string& file, int line);
+/// The text between single quotes, at most 60 bytes of it.
+std::string Quoted(std::string_view text);
 /// Throws Error with "FILE:LINE: text".
 [[noreturn]] void FailAt(const std::string& file, int line, const std::string& text);
 

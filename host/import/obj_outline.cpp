@@ -108,8 +108,7 @@ private:
             const std::string_view word = TakeWord(rest);
             if (word.empty() || word[0] == '#') break;
             double value = 0;
-            if (!ParseNumber(word, value))
-                Fail("'" + std::string(word) + "' is no number, expected numbers after '" + key + "'");
+            if (!ParseNumber(word, value)) Fail(Quoted(word) + " is no number, expected numbers after '" + key + "'");
             if (finite && !FitsFloat(value)) Fail("position is not finite, expected three finite numbers after 'v'");
             ++count;
         }
@@ -152,7 +151,7 @@ private:
         FailCorner(word);
     }
     [[noreturn]] void FailCorner(std::string_view word) const {
-        Fail("'" + std::string(word) + "' is no face corner, expected v, v/vt, v//vn or v/vt/vn");
+        Fail(Quoted(word) + " is no face corner, expected v, v/vt, v//vn or v/vt/vn");
     }
 
     void CheckIndex(IndexedList& list, int index) {

@@ -77,7 +77,7 @@ private:
         } else if (key == "property") {
             ReadProperty(rest);
         } else {
-            Fail("'" + std::string(key) + "' is unknown, expected element, property, comment or end_header");
+            Fail(Quoted(key) + " is unknown, expected element, property, comment or end_header");
         }
         return true;
     }
@@ -88,7 +88,7 @@ private:
         const std::string_view word = TakeWord(rest);
         const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), element.count);
         if (error != std::errc() || stop != word.data() + word.size() || element.count > kMostPlyCount)
-            Fail("'" + std::string(word) + "' is no count, expected 0 .. " + std::to_string(kMostPlyCount));
+            Fail(Quoted(word) + " is no count, expected 0 .. " + std::to_string(kMostPlyCount));
         for (const PlyElement& e : header_.elements)
             if (e.name == element.name) Fail("second element '" + element.name + "', expected one of each name");
         if (header_.elements.size() == kMostPlyElements)
@@ -99,7 +99,7 @@ private:
     PlyType ReadType(std::string_view word) const {
         for (const TypeName& t : kTypes)
             if (t.name == word) return t.type;
-        Fail("'" + std::string(word) + "' is no type, expected char, uchar, short, ushort, int, uint, float or double");
+        Fail(Quoted(word) + " is no type, expected char, uchar, short, ushort, int, uint, float or double");
     }
 
     void ReadProperty(std::string_view rest) {

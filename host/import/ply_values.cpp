@@ -93,11 +93,11 @@ double PlyValues::Value(PlyType type) {
     if (header_.form == PlyForm::kAscii) return TextValue();
     const size_t size = PlySize(type);
     if (rest_.size() < size) FailEnd();
-    char bytes[8];
-    std::memcpy(bytes, rest_.data(), size);
-    rest_.remove_prefix(size);
     const bool bigMachine = std::endian::native == std::endian::big;
-    if ((header_.form == PlyForm::kBigEndian) != bigMachine) std::reverse(bytes, bytes + size);
+    const bool swap = (header_.form == PlyForm::kBigEndian) != bigMachine;
+    char bytes[8] = {};
+    for (size_t i = 0; i < size; ++i) bytes[i] = rest_[swap ? size - 1 - i : i];
+    rest_.remove_prefix(size);
     return Decode(type, bytes);
 }
 
@@ -110,8 +110,7 @@ double PlyValues::TextValue() {
     const std::string_view word = rest_.substr(0, end);
     double value = 0;
     if (!ParseNumber(word, value))
-        FailAt(file_, line_,
-               "'" + std::string(word.substr(0, 40)) + "' is no number, expected a value of " + RowName());
+        FailAt(file_, line_, Quoted(word.substr(0, 40)) + " is no number, expected a value of " + RowName());
     rest_.remove_prefix(end);
     return value;
 }
