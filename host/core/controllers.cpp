@@ -2,6 +2,7 @@
 
 #include "core/controllers.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace host {

@@ -1,7 +1,6 @@
 #pragma once
 // Controllers: constants and keys over time, transforms.
 
-#include <algorithm>
 #include <vector>
 
 #include "sdk/control.h"

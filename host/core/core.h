@@ -4,8 +4,6 @@
 #include <atomic>
 #include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -116,7 +114,11 @@ public:
 
     // Cancelling; any thread, also a signal handler.
     bool CheckForRenderAbort() override { return abort_.load(std::memory_order_relaxed); }
+    const std::atomic<bool>& RenderAbortFlag() override { return abort_; }
     void RequestRenderAbort() { abort_.store(true, std::memory_order_relaxed); }
+    RendProgressCallback* GetRenderProgress() override { return renderProgress_; }
+    /// Who is told how a render comes along; null for nobody.
+    void SetRenderProgress(RendProgressCallback* progress) { renderProgress_ = progress; }
     void ClearRenderAbort() { abort_.store(false, std::memory_order_relaxed); }
 
     // What the user is told.
@@ -179,6 +181,7 @@ private:
     RendParams rendParams_;
     Color background_, ambient_, lightTint_{1, 1, 1};
     std::atomic<bool> abort_{false};
+    RendProgressCallback* renderProgress_ = nullptr;
     bool quiet_ = false;
     HostLog log_;
     MessageBoxes boxes_;

@@ -165,8 +165,7 @@ void Node::SetReference(int i, RefTargetHandle target) {
         target_ = static_cast<INode*>(target);
         break;
     default:
-        if (GetModifier(i - kFixedRefs) || (i >= kFixedRefs && i < NumRefs()))
-            modifiers_[size_t(i - kFixedRefs)] = static_cast<Modifier*>(target);
+        if (i >= kFixedRefs && i < NumRefs()) modifiers_[size_t(i - kFixedRefs)] = static_cast<Modifier*>(target);
     }
 }
 

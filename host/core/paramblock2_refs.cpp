@@ -1,6 +1,7 @@
 // Parameter blocks: references, tables, controllers, tracks, cloning.
 
 #include <algorithm>
+#include <utility>
 
 #include "core/paramblock2.h"
 #include "sdk/inode.h"

@@ -1,5 +1,6 @@
 #include "core/user_props.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>

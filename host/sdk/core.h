@@ -1,6 +1,7 @@
 #pragma once
 // The host's core: the one object through which a plug-in reaches the running program.
 
+#include <atomic>
 #include <functional>
 #include <vector>
 
@@ -63,6 +64,10 @@ public:
     virtual Color GetAmbient(TimeValue t, Interval& valid) = 0;
     /// True when the user asked the running render to stop. Cheap; any thread.
     virtual bool CheckForRenderAbort() = 0;
+    /// The same as a flag that strand loops can look at without a call. Lives as long as the host.
+    virtual const std::atomic<bool>& RenderAbortFlag() = 0;
+    /// Progress of the running render, for effects that work long inside it; null when nobody watches.
+    virtual RendProgressCallback* GetRenderProgress() { return nullptr; }
 
     /// True when no dialog may be shown.
     virtual bool GetQuietMode() = 0;

@@ -73,6 +73,17 @@ public:
     std::vector<LightDesc*> lights; ///< the lights whose lists accept the node
 };
 
+/// One extra picture that a render makes.
+class IRenderElement;
+
+/// The extra pictures of a render.
+class IRenderElementMgr {
+public:
+    virtual ~IRenderElementMgr() = default;
+    virtual int NumRenderElements() = 0;
+    virtual IRenderElement* GetRenderElement(int i) = 0;
+};
+
 /// The picture being rendered.
 class RenderGlobalContext {
 public:
@@ -99,7 +110,7 @@ public:
     virtual RenderInstance* GetRenderInstance(int i) { return nullptr; }
     virtual int NumLights() { return 0; }
     virtual ObjLightDesc* GetLight(int i) { return nullptr; }
-    virtual class IRenderElementMgr* GetRenderElementMgr() { return nullptr; }
+    virtual IRenderElementMgr* GetRenderElementMgr() { return nullptr; }
     /// Optional extensions by number; null or 0 when unknown.
     virtual void* Execute(int cmd, void* arg1 = nullptr, void* arg2 = nullptr, void* arg3 = nullptr) { return nullptr; }
     /// Camera space to screen. The camera looks down -Z.

@@ -17,7 +17,7 @@ public:
 
 /// A point on a strand (or on an emitter) as materials, maps and lights see it.
 /// Each thread owns its context; setting one up allocates nothing.
-class HairShadeContext : public ShadeContext {
+class HairShadeContext final : public ShadeContext {
 public:
     HairShadeContext();
 
@@ -93,6 +93,7 @@ private:
     int faceNumber_ = 0;
     LDTmp defaultLight_;
     LightDesc* const* lights_ = nullptr;
+    bool hasLights_ = false;
     Box3 objectBox_;
     Matrix3 stored_[4]; ///< objToCam, camToWorld, worldToObj, camToObj when computed here
     const Matrix3 *objToWorld_ = nullptr, *worldToCam_ = nullptr, *objToCam_ = nullptr, *camToWorld_ = nullptr,

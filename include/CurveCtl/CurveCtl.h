@@ -53,7 +53,7 @@ public:
                                RefMessage message) override;
     int NumSubs() override { return 1; }
     Animatable* SubAnim(int i) override { return i == 0 ? block_ : nullptr; }
-    TSTR SubAnimName(int) override { return "Parameters"; }
+    TSTR SubAnimName(int i) override;
     int NumParamBlocks() override { return 1; }
     IParamBlock2* GetParamBlock(int i) override { return i == 0 ? block_ : nullptr; }
     IParamBlock2* GetParamBlockByID(short id) override { return id == 0 ? block_ : nullptr; }

@@ -258,7 +258,7 @@ RefResult CurveCtl::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, 
 
 TSTR CurveCtl::SubAnimName(int i) {
     char name[32];
-    std::snprintf(name, sizeof name, "Knot %d", i + 1);
+    std::snprintf(name, sizeof name, FindString(kNameKnotTrack), i + 1);
     return name;
 }
 

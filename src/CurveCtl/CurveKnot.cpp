@@ -38,7 +38,6 @@ const ParamBlockDesc2& KnotBlockDesc() {
 
 CurveKnot::CurveKnot(float x, float y, int type) {
     IParamBlock2* block = CreateParameterBlock2(&KnotBlockDesc(), this);
-    block->SetAutoDelete(true);
     ReplaceReference(0, block);
     SetX(0, x);
     SetY(0, y);
@@ -88,6 +87,10 @@ const char* CurveKnot::ParamName(int index) {
 
 void CurveKnot::GetClassName(TSTR& s) {
     s = FindString(kClassCurveKnot);
+}
+
+TSTR CurveKnot::SubAnimName(int) {
+    return FindString(kTextParameters);
 }
 
 void CurveKnot::SetReference(int i, RefTargetHandle target) {

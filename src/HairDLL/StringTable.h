@@ -146,6 +146,8 @@ enum StringId : int {
     kClassCurveControl = 11003,
     kClassCurveKnot = 11005,
 
+    kTextParameters = 40002,
+
     // Block titles, by block id from here on.
     kTitleBlocks = 40700,
 

@@ -46,6 +46,8 @@ bool UsesHairShader(Mtl* material, int materialId);
 class StrandShading {
 public:
     StrandShading(const ShadingSetup& setup, const HairParams& params);
+    StrandShading(const StrandShading&) = delete;
+    StrandShading& operator=(const StrandShading&) = delete;
 
     void SetStrand(const StrandSurface& s);
     int WidthSamples() const { return samples_; }

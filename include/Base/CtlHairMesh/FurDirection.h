@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Base/CtlHairMesh/CtlHairMesh.h"
+#include "Base/CtlHairMesh/VertexFaces.h"
 #include "Base/HUtil/Frames.h"
 
 /// Direction of one control strand.

@@ -62,7 +62,7 @@ inline int TruncToInt(float x) {
 inline int RandomRound(HairRandom& random, float x) {
     const int r = random.Draw();
     const int i = TruncToInt(x);
-    return (x - float(i)) * 32767.0f > float(r) ? i + 1 : i;
+    return (x - float(i)) * 32767.0f > float(r) && i != INT32_MAX ? i + 1 : i;
 }
 
 /// A point uniform over a triangle, as barycentric coordinates. Two draws: a, b.

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "Base/CtlHairMesh/VertexFaces.h"
 #include "Base/SurfDist/SurfDistSettings.h"
 #include "sdk/basetypes.h"
 #include "sdk/color.h"
@@ -23,6 +24,8 @@ struct SurfDistScene {
     TimeValue time = 0;
     INode* node = nullptr;
     Mtl* material = nullptr; ///< for source "Sub-Material ID"; null: a default material in the wire colour
+    /// Makes that default material; the evaluator deletes it.
+    Mtl* (*makeDefaultMaterial)(const Color& color) = nullptr;
     Color wireColor{0.5f, 0.5f, 0.5f};
     std::vector<LightDesc*> lights; ///< lights of the run; used by maps and by final shading only
 };
@@ -44,7 +47,9 @@ public:
     const AColor& Result() const { return result_; }
 
 private:
+    void FindMaterial();
     void Interpolate(const Point3& bary, int face);
+    void SetUpContext(const Point3& point, const Point3& bary, int face, const Point3& normal, int mtlNum);
     void Evaluate(const Point3& point, const Point3& bary, int face, const Point3& normal);
     void EvaluateChannel(const Point3& bary, int face);
     void ShadeMaterial(const Point3& point, const Point3& bary, int face, const Point3& normal);
@@ -57,6 +62,6 @@ private:
     AColor result_{1, 1, 1, 1};
     std::vector<Point3> channels_; ///< coordinate by channel + 2
     std::unique_ptr<HairShadeContext> context_;
-    std::unique_ptr<Mtl> ownMaterial_; ///< the default material, when the emitter has none
-    std::vector<int> vertexFace_;      ///< lowest face that uses each vertex, built on first use
+    Mtl* ownMaterial_ = nullptr;     ///< the default material, when the emitter has none
+    std::vector<FaceCorner> lowest_; ///< lowest face that uses each vertex, built on first use
 };

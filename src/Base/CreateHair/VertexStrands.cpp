@@ -7,7 +7,7 @@
 #include "Base/CreateHair/Shaping.h"
 #include "Base/CreateHair/StrandCurve.h"
 #include "Base/CreateHair/Thickness.h"
-#include "Base/HUtil/Frames.h"
+#include "Base/CtlHairMesh/VertexFaces.h"
 
 VertexStrandList::VertexStrandList(const GenerationRun& run) : run_(run) {
     const std::vector<FaceCorner> lowest = FindLowestFaces(*run.mesh);

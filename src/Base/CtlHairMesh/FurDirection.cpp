@@ -61,7 +61,7 @@ Matrix3 FurDirections::Frame(int mode, int v, const Point3& normal) const {
         m.NoTrans();
         return m;
     }
-    if (mode >= 1 && mode <= 99) return FrameFromMapping(*mesh_, v, mode, &normal, lowestFace_[size_t(v)]);
+    if (mode >= 1 && mode <= 99) return FrameFromMapping(*mesh_, v, mode, &normal, lowestFace_[size_t(v)].face);
     return FrameFromDirection(normal);
 }
 

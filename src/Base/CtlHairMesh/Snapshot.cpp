@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Base/CtlHairMesh/CtlHairMesh.h"
+#include "Base/CtlHairMesh/VertexFaces.h"
 #include "Base/HUtil/Frames.h"
 
 namespace {

@@ -1,0 +1,207 @@
+#pragma once
+// The wide method: a line whose coverage comes from the line filter and whose colour varies across.
+//
+// Every value of a pixel is computed from the segment and the pixel alone, never from a neighbour, so that a pixel gets
+// the same sample whatever the bucket is.
+
+#include <algorithm>
+
+#include "HRB_Thick/WidthSamples.h"
+
+namespace RasterDetail {
+
+/// A filter of radius 0: a pixel is inside or it is not, and nothing is ever evaluated.
+struct HardEdge {
+    float operator()(float) const { return 1.0f; }
+};
+struct BoxEdge {
+    const LineFilterBox& filter;
+    float operator()(float e) const { return filter.Area(e); }
+};
+struct TableEdge {
+    const LineFilterTable& filter;
+    float operator()(float e) const { return filter.Lookup(e); }
+};
+
+/// A segment between two vertices, each with its edge line facing the segment.
+struct WideSegment {
+    const StrandVertex& a;
+    const StrandVertex& b;
+    EdgeLine start, end;
+    bool first, last; ///< the strand's root or tip, which is to fade
+    // Set by Measure:
+    float dx = 0, dy = 0, length = 0;
+    float width = 0;  ///< the larger of both ends
+    float radius = 0; ///< of the filter
+
+    /// False when the segment draws nothing anywhere.
+    bool Measure() {
+        if (!IsDrawable(a) || !IsDrawable(b)) return false;
+        dx = b.x - a.x;
+        dy = b.y - a.y;
+        length = std::sqrt(dx * dx + dy * dy);
+        width = std::max(a.width, b.width);
+        if (!(length > 0.0f)) return false;
+        const bool samePixel = std::floor(a.x) == std::floor(b.x) && std::floor(a.y) == std::floor(b.y);
+        return !(samePixel && width < 1.0f && length * width < 0.01f);
+    }
+};
+
+/// The pixels that a segment may draw: its bounding box with the reach, cut with the bucket. Bounds are inclusive.
+struct PixelSpan {
+    int x0, x1, y0, y1;
+    PixelSpan(const WideSegment& s, const PixelRect& r) {
+        const float reach = RasterReach(s.width, s.radius) - 0.5f, back = RasterReach(s.width, s.radius) + 0.5f;
+        x0 = ClampToInt(std::ceil(std::min(s.a.x, s.b.x) - back), r.x0, r.x1);
+        y0 = ClampToInt(std::ceil(std::min(s.a.y, s.b.y) - back), r.y0, r.y1);
+        x1 = ClampToInt(std::floor(std::max(s.a.x, s.b.x) + reach), r.x0 - 1, r.x1 - 1);
+        y1 = ClampToInt(std::floor(std::max(s.a.y, s.b.y) + reach), r.y0 - 1, r.y1 - 1);
+    }
+    bool Empty() const { return x0 > x1 || y0 > y1; }
+};
+
+/// Draws the pixels of one segment. Along the major axis run columns m, across it pixels n.
+template <bool XMajor, PixelOperation Op, class Edge, class Sink>
+class WideDrawer {
+public:
+    WideDrawer(const WideSegment& s, const PixelSpan& span, const WidthSampler& sampler, const Edge& edge, Sink& sink)
+        : s_(s), span_(span), sampler_(sampler), edge_(edge), sink_(sink), ax_(s.a.x - 0.5f), ay_(s.a.y - 0.5f),
+          perLength2_(1.0f / (s.length * s.length)) {}
+
+    void Draw() {
+        const float major = XMajor ? s_.dx : s_.dy, minor = XMajor ? s_.dy : s_.dx;
+        const float aMajor = XMajor ? ax_ : ay_, aMinor = XMajor ? ay_ : ax_;
+        const float cosine = std::fabs(major) / s_.length, sine = std::fabs(minor) / s_.length;
+        // Half the extent across; where the filter is larger than a pixel, all of its radius.
+        const float e = (s_.width + std::max(s_.radius + 1.0f, 2.0f * s_.radius)) / 2.0f;
+        const float along = e * cosine + e * sine, slope = minor / major;
+        const float half = (s_.width / 2.0f + s_.radius) / cosine + kMargin;
+        const int lo = XMajor ? span_.x0 : span_.y0, hi = XMajor ? span_.x1 : span_.y1;
+        const int from = ClampToInt(std::floor(std::min(aMajor, aMajor + major) - along), lo, hi + 1);
+        const int to = ClampToInt(std::ceil(std::max(aMajor, aMajor + major) + along), lo - 1, hi);
+        const int nLo = XMajor ? span_.y0 : span_.x0, nHi = XMajor ? span_.y1 : span_.x1;
+        const HalfPlane start(s_.start, s_.first ? -s_.radius : 0.0f), end(s_.end, s_.last ? -s_.radius : 0.0f);
+        for (int m = from; m <= to; ++m) {
+            const float centre = aMinor + (float(m) - aMajor) * slope;
+            float low = centre - half, high = centre + half;
+            if (!start.Cut(m, low, high) || !end.Cut(m, low, high)) continue;
+            const int n0 = ClampToInt(std::ceil(low), nLo, nHi + 1), n1 = ClampToInt(std::floor(high), nLo - 1, nHi);
+            for (int n = n0; n <= n1; ++n) Pixel(XMajor ? m : n, XMajor ? n : m);
+        }
+    }
+
+private:
+    // The bounds of a row only save looking at pixels that the exact test would drop, so they are generous by a
+    // fraction of a pixel, and do not depend on the bucket.
+    static constexpr float kMargin = 0.25f;
+
+    /// An edge line as such a bound.
+    class HalfPlane {
+    public:
+        HalfPlane(const EdgeLine& line, float limit)
+            : alongM_(XMajor ? line.a : line.b), alongN_(XMajor ? line.b : line.a),
+              offset_((line.a + line.b) * 0.5f + line.c - limit), perN_(1.0f / alongN_) {}
+        /// Narrows low..high; false when nothing of the row can be inside.
+        bool Cut(int m, float& low, float& high) const {
+            constexpr float kSteep = 0.05f;
+            const float atZero = alongM_ * float(m) + offset_;
+            if (alongN_ > kSteep)
+                low = std::max(low, -atZero * perN_ - kMargin);
+            else if (alongN_ < -kSteep)
+                high = std::min(high, -atZero * perN_ + kMargin);
+            else
+                return atZero + alongN_ * low >= -kMargin || atZero + alongN_ * high >= -kMargin;
+            return low <= high;
+        }
+
+    private:
+        float alongM_, alongN_, offset_, perN_;
+    };
+
+    void Pixel(int x, int y) {
+        const float px = float(x) - ax_, py = float(y) - ay_;
+        const float d = (s_.dx * py - s_.dy * px) / s_.length;
+        const float place = (s_.dx * px + s_.dy * py) * perLength2_;
+        const float t = place > 0.0f ? (place < 1.0f ? place : 1.0f) : 0.0f;
+        const float h = s_.a.width / 2.0f + t * (s_.b.width - s_.a.width) / 2.0f;
+        const float radius = s_.radius;
+        if (!(std::fabs(d) < h + radius)) return;
+        const float cx = float(x) + 0.5f, cy = float(y) + 0.5f;
+        const float fromStart = s_.start.Distance(cx, cy), fromEnd = s_.end.Distance(cx, cy);
+        // A pixel exactly on a joint belongs to the segment that starts there.
+        if (s_.first ? fromStart < -radius : fromStart < 0.0f) return;
+        if (s_.last ? fromEnd < -radius : fromEnd <= 0.0f) return;
+        Emit(x, y, t, d, 2.0f * h, Coverage(d, h, fromStart, fromEnd));
+    }
+
+    /// intended: one end factor a pixel, the root's before the tip's.
+    float Coverage(float d, float h, float fromStart, float fromEnd) const {
+        const float radius = s_.radius;
+        const float inner = h - d, outer = -d - h;
+        float k = inner >= radius ? 1.0f : edge_(inner);
+        if (outer > -radius) k -= edge_(outer);
+        if (s_.first && radius > fromStart)
+            k *= edge_(fromStart);
+        else if (s_.last && radius > fromEnd)
+            k *= edge_(fromEnd);
+        return k > 0.0f ? (k < 1.0f ? k : 1.0f) : 0.0f;
+    }
+
+    void Emit(int x, int y, float t, float d, float width, float coverage) {
+        const float z = (1.0f - t) * s_.a.z + t * s_.b.z;
+        float opacity;
+        Point3 color;
+        sampler_.Look<Op>(s_.a, s_.b, t, d, width, opacity, color);
+        if constexpr (Op == PixelOperation::Shadow) {
+            sink_.InsertShadow(x, y, z, opacity, coverage);
+        } else {
+            Point2 velocity;
+            if constexpr (Sink::kWantsVelocity) velocity = Mix(s_.a.velocity, s_.b.velocity, t);
+            sink_.InsertImage(x, y, z, color, coverage, opacity, velocity);
+        }
+    }
+
+    const WideSegment& s_;
+    const PixelSpan& span_;
+    const WidthSampler& sampler_;
+    const Edge& edge_;
+    Sink& sink_;
+    float ax_, ay_;
+    float perLength2_;
+};
+
+template <PixelOperation Op, class Edge, class Sink>
+inline void DrawWideWith(const WideSegment& s, const PixelRect& bucket, const WidthSampler& sampler, const Edge& edge,
+                         Sink& sink) {
+    const PixelSpan span(s, bucket);
+    if (span.Empty()) return;
+    if (std::fabs(s.dx) > std::fabs(s.dy))
+        WideDrawer<true, Op, Edge, Sink>(s, span, sampler, edge, sink).Draw();
+    else
+        WideDrawer<false, Op, Edge, Sink>(s, span, sampler, edge, sink).Draw();
+}
+
+/// Draws one segment with the filter that the target and the segment's width ask for.
+template <PixelOperation Op, class Sink>
+inline void DrawWide(WideSegment& s, const RasterTarget& target, const WidthSampler& sampler, Sink& sink) {
+    if (!s.Measure()) return;
+    if (!target.filter) {
+        // A fresh box for every segment, so that it never has an earlier segment's terms; and the larger component
+        // first, so that its edge integral is the true area. A component of exactly 0 would make the terms infinite.
+        LineFilterBox box(target.boxSize);
+        const float x = std::fabs(s.dx) / s.length, y = std::fabs(s.dy) / s.length;
+        box.Setup(std::max(x, y), std::max(std::min(x, y), 1e-6f), s.width);
+        s.radius = box.HalfSize() * 1.4142137f;
+        DrawWideWith<Op>(s, target.bucket, sampler, BoxEdge{box}, sink);
+    } else if (target.filter->GetType() == 2) {
+        const auto* cone = static_cast<const LineFilterTable*>(target.filter);
+        if (s.width < 0.15f && cone->Size() > 1.0f && target.fallback) cone = target.fallback;
+        s.radius = cone->Size();
+        DrawWideWith<Op>(s, target.bucket, sampler, TableEdge{*cone}, sink);
+    } else {
+        s.radius = 0.0f;
+        DrawWideWith<Op>(s, target.bucket, sampler, HardEdge{}, sink);
+    }
+}
+
+} // namespace RasterDetail

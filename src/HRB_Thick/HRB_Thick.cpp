@@ -1,0 +1,3 @@
+#include "HRB_Thick/HRB_Thick.h"
+
+template class BasicThick<SampleWriter>;

@@ -1,0 +1,58 @@
+#include "HRendBuf/SampleRuns.h"
+
+TileGrid::TileGrid(const PixelRect& rect) : bucket(rect) {
+    constexpr int kManyTiles = 2048;
+    for (shift = 5;; ++shift) {
+        const int size = 1 << shift;
+        columns = (rect.Width() + size - 1) >> shift;
+        rows = (rect.Height() + size - 1) >> shift;
+        if (Count() <= kManyTiles || shift * 2 == kPixelBits) return;
+    }
+}
+
+template <class Point>
+void TileRuns<Point>::Setup(int tiles) {
+    cursors_.assign(size_t(tiles), Cursor());
+    touched_.clear();
+    usedChunks_ = 0;
+}
+
+template <class Point>
+void TileRuns<Point>::Reset() {
+    for (int tile : touched_) cursors_[size_t(tile)] = Cursor();
+    touched_.clear();
+    usedChunks_ = 0;
+}
+
+template <class Point>
+void TileRuns<Point>::Grow(Cursor& c, int tile) {
+    const size_t slab = usedChunks_ / kSlabChunks;
+    if (slab == slabs_.size()) slabs_.emplace_back(new Chunk[kSlabChunks]);
+    Chunk* chunk = &slabs_[slab][usedChunks_ % kSlabChunks];
+    ++usedChunks_;
+    chunk->next = nullptr;
+    if (c.last)
+        c.last->next = chunk;
+    else {
+        c.first = chunk;
+        touched_.push_back(tile);
+    }
+    c.last = chunk;
+    c.pos = chunk->records;
+    c.end = chunk->records + kChunkRecords;
+}
+
+template class TileRuns<ImagePoint>;
+template class TileRuns<ShadowPoint>;
+
+void SampleWriter::Setup(const TileGrid& grid) {
+    grid_ = grid;
+    unitTag_ = 0;
+    image_.Setup(grid.Count());
+    shadow_.Setup(grid.Count());
+}
+
+void SampleWriter::Reset() {
+    image_.Reset();
+    shadow_.Reset();
+}
