@@ -26,7 +26,8 @@ struct CameraView {
     void RayThrough(float x, float y, Point3& from, Point3& direction) const;
 };
 
-/// The node of the camera: of that name, or (name empty) the viewport's camera, else the scene's only one. Throws Error.
+/// The node of the camera: of that name, or (name empty) the viewport's camera, else the scene's only one. Throws
+/// Error.
 INode* FindCamera(Core& core, const std::string& name);
 
 /// The view of camera `node` at `t` on a picture.

@@ -37,12 +37,12 @@ public:
     const Matrix3& CamToObj() const { return camToObj_; }
     const Matrix3& WorldToObj() const { return worldToObj_; }
 
-    float visibility = 1;            ///< of the node at the time, 0..1
-    bool receivesShadows = true;     ///< lights look for shadows at its points
-    bool inAtmosphere = true;        ///< effects are asked about the air in front of it
-    bool seen = true, casts = true;  ///< by the camera; shadows
-    bool clear = false;              ///< may let light through
-    bool facesTurned = false;        ///< the transform mirrors
+    float visibility = 1;           ///< of the node at the time, 0..1
+    bool receivesShadows = true;    ///< lights look for shadows at its points
+    bool inAtmosphere = true;       ///< effects are asked about the air in front of it
+    bool seen = true, casts = true; ///< by the camera; shadows
+    bool clear = false;             ///< may let light through
+    bool facesTurned = false;       ///< the transform mirrors
 
 private:
     void MakeNormals();

@@ -26,7 +26,7 @@ struct ShadowQuery {
     RTCIntersectContext context; // first: the library hands its address back
     const RTCRay* ray = nullptr;
     const std::vector<int>* ids = nullptr;
-    const ShadowFilter* filter = nullptr;
+    ShadowFilter* filter = nullptr;
     Color light{1, 1, 1};
 };
 
@@ -83,8 +83,8 @@ void RayScene::AddMesh(int id, const std::vector<Point3>& points, const std::vec
     RTCGeometry geometry = rtcNewGeometry(impl_->device, RTC_GEOMETRY_TYPE_TRIANGLE);
     auto* const p = static_cast<float*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
                                                                 3 * sizeof(float), points.size()));
-    auto* const c = static_cast<unsigned*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
-                                                                   3 * sizeof(unsigned), faces));
+    auto* const c = static_cast<unsigned*>(
+        rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, 3 * sizeof(unsigned), faces));
     if (!p || !c) {
         rtcReleaseGeometry(geometry);
         throw Error("cannot trace rays: out of memory");
@@ -93,8 +93,8 @@ void RayScene::AddMesh(int id, const std::vector<Point3>& points, const std::vec
         for (int k = 0; k < 3; ++k) p[3 * i + size_t(k)] = points[i][k];
     for (size_t f = 0; f < faces; ++f) {
         const int* const v = &corners[3 * f];
-        const bool good =
-            std::all_of(v, v + 3, [&](int i) { return i >= 0 && size_t(i) < points.size() && IsFinite(points[size_t(i)]); });
+        const bool good = std::all_of(
+            v, v + 3, [&](int i) { return i >= 0 && size_t(i) < points.size() && IsFinite(points[size_t(i)]); });
         // A triangle without area is never hit.
         for (size_t k = 0; k < 3; ++k) c[3 * f + k] = good ? unsigned(v[k]) : 0u;
     }
@@ -126,7 +126,7 @@ bool RayScene::Nearest(const Point3& from, const Point3& direction, float near, 
 }
 
 Color RayScene::Transmission(const Point3& from, const Point3& direction, float near, float far,
-                             const ShadowFilter* filter) const {
+                             ShadowFilter* filter) const {
     RTCRay ray = MakeRay(from, direction, near, far, kShadowRays);
     const RTCRay given = ray;
     ShadowQuery query;

@@ -21,7 +21,7 @@ struct RayHit {
 class ShadowFilter {
 public:
     virtual ~ShadowFilter() = default;
-    virtual Color Transparency(const RayHit& hit, const Point3& from, const Point3& direction) const = 0;
+    virtual Color Transparency(const RayHit& hit, const Point3& from, const Point3& direction) = 0;
 };
 
 /// A set of triangle meshes to shoot rays at. The same rays give the same answers on every x86-64 machine and for any
@@ -44,8 +44,7 @@ public:
     bool Nearest(const Point3& from, const Point3& direction, float near, float far, unsigned rays, RayHit& hit) const;
     /// Light that passes from t = near to t = far: white when nothing is in the way, black behind an opaque triangle.
     /// Without a filter clear meshes are opaque.
-    Color Transmission(const Point3& from, const Point3& direction, float near, float far,
-                       const ShadowFilter* filter) const;
+    Color Transmission(const Point3& from, const Point3& direction, float near, float far, ShadowFilter* filter) const;
 
 private:
     struct Impl;

@@ -13,10 +13,10 @@ inline constexpr int kMaxWidthSamples = 100;
 /// A line: s = a x + b y + c is the signed distance of (x, y) from it, (a, b) being its unit normal.
 struct EdgeLine {
     float a = 0, b = 0, c = 0;
-    /// The line through `p` with a normal along `n`; a zero normal gives distance 0 everywhere.
+    /// The line through `p` with a normal along `n`; without a usable normal, one that everything is far inside of.
     static EdgeLine Through(Point2 p, Point2 n) {
         const float length = Length(n);
-        if (!(length > 0.0f)) return {};
+        if (!(length > 0.0f)) return {0, 0, 1e30f};
         const float a = n.x / length, b = n.y / length;
         return {a, b, -(a * p.x + b * p.y)};
     }

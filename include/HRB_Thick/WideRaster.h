@@ -74,20 +74,50 @@ public:
         const float cosine = std::fabs(major) / s_.length, sine = std::fabs(minor) / s_.length;
         // Half the extent across; where the filter is larger than a pixel, all of its radius.
         const float e = (s_.width + std::max(s_.radius + 1.0f, 2.0f * s_.radius)) / 2.0f;
-        const float along = e * cosine + e * sine, half = e / cosine, slope = minor / major;
+        const float along = e * cosine + e * sine, slope = minor / major;
+        const float half = (s_.width / 2.0f + s_.radius) / cosine + kMargin;
         const int lo = XMajor ? span_.x0 : span_.y0, hi = XMajor ? span_.x1 : span_.y1;
         const int from = ClampToInt(std::floor(std::min(aMajor, aMajor + major) - along), lo, hi + 1);
         const int to = ClampToInt(std::ceil(std::max(aMajor, aMajor + major) + along), lo - 1, hi);
         const int nLo = XMajor ? span_.y0 : span_.x0, nHi = XMajor ? span_.y1 : span_.x1;
+        const HalfPlane start(s_.start, s_.first ? -s_.radius : 0.0f), end(s_.end, s_.last ? -s_.radius : 0.0f);
         for (int m = from; m <= to; ++m) {
             const float centre = aMinor + (float(m) - aMajor) * slope;
-            const int n0 = ClampToInt(std::floor(centre - half), nLo, nHi + 1);
-            const int n1 = ClampToInt(std::ceil(centre + half), nLo - 1, nHi);
+            float low = centre - half, high = centre + half;
+            if (!start.Cut(m, low, high) || !end.Cut(m, low, high)) continue;
+            const int n0 = ClampToInt(std::ceil(low), nLo, nHi + 1), n1 = ClampToInt(std::floor(high), nLo - 1, nHi);
             for (int n = n0; n <= n1; ++n) Pixel(XMajor ? m : n, XMajor ? n : m);
         }
     }
 
 private:
+    // The bounds of a row only save looking at pixels that the exact test would drop, so they are generous by a
+    // fraction of a pixel, and do not depend on the bucket.
+    static constexpr float kMargin = 0.25f;
+
+    /// An edge line as such a bound.
+    class HalfPlane {
+    public:
+        HalfPlane(const EdgeLine& line, float limit)
+            : alongM_(XMajor ? line.a : line.b), alongN_(XMajor ? line.b : line.a),
+              offset_((line.a + line.b) * 0.5f + line.c - limit), perN_(1.0f / alongN_) {}
+        /// Narrows low..high; false when nothing of the row can be inside.
+        bool Cut(int m, float& low, float& high) const {
+            constexpr float kSteep = 0.05f;
+            const float atZero = alongM_ * float(m) + offset_;
+            if (alongN_ > kSteep)
+                low = std::max(low, -atZero * perN_ - kMargin);
+            else if (alongN_ < -kSteep)
+                high = std::min(high, -atZero * perN_ + kMargin);
+            else
+                return atZero + alongN_ * low >= -kMargin || atZero + alongN_ * high >= -kMargin;
+            return low <= high;
+        }
+
+    private:
+        float alongM_, alongN_, offset_, perN_;
+    };
+
     void Pixel(int x, int y) {
         const float px = float(x) - ax_, py = float(y) - ay_;
         const float d = (s_.dx * py - s_.dy * px) / s_.length;

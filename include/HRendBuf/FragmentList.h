@@ -30,16 +30,20 @@ inline constexpr float kMaxFragmentDepth = 10.0f;
 /// Coverage and opacity from here on count as full.
 inline constexpr uint16_t kOpaque = 0xFFBF;
 
-inline void SetColor(HairFragment& f, const ImagePoint& s) {
+template <class Fragment>
+inline void SetColor(Fragment& f, const ImagePoint& s) {
     f.color = PackRealPixel(s.color);
 }
-inline void SetColor(ShadowFragment&, const ShadowPoint&) {}
+template <class Fragment>
+inline void SetColor(Fragment&, const ShadowPoint&) {}
 
-inline void MergeColor(HairFragment& f, const ImagePoint& s) {
+template <class Fragment>
+inline void MergeColor(Fragment& f, const ImagePoint& s) {
     const Color old = UnpackRealPixel(f.color);
     f.color = PackRealPixel(old + (s.color - old) * s.opacity * s.coverage);
 }
-inline void MergeColor(ShadowFragment&, const ShadowPoint&) {}
+template <class Fragment>
+inline void MergeColor(Fragment&, const ShadowPoint&) {}
 
 /// Merges a sample into a fragment's colour, opacity and coverage; its depths stay.
 template <class Fragment, class Point>
@@ -66,10 +70,16 @@ inline Fragment* NewFragment(Fragment* next, const Point& s, const FragmentStore
     return f;
 }
 
+/// True when nothing shines through a fragment.
+template <class Fragment>
+inline bool IsOpaque(const Fragment& f) {
+    return f.coverage >= kOpaque && f.opacity >= kOpaque;
+}
+
 /// Drops everything behind `f` when nothing shines through it.
 template <class Fragment>
 inline void CutBehind(Fragment& f, const FragmentStore& store) {
-    if (f.coverage < kOpaque || f.opacity < kOpaque) return;
+    if (!IsOpaque(f)) return;
     Fragment* hidden = f.next;
     f.next = nullptr;
     if (!store.recycle) return;

@@ -85,8 +85,9 @@ public:
     void MergeTiles(int thread);
     void EndBatch(uint32_t nextUnit) { ordered_.EndBatch(nextUnit); }
 
-    /// Inserts one sample at a pixel of the current bucket. May be called from several threads at once: with two or
-    /// more threads each pixel is locked, and the order in a list is that of the calls.
+    /// Inserts one sample at a pixel of the current bucket. Not between a BeginUnit and its EndBatch. May be called
+    /// from several threads at once: with two or more threads each pixel is locked, and the order in a list is that of
+    /// the calls.
     void InsertImageSample(int thread, int x, int y, float z, const Color& color, float coverage, float opacity,
                            Point2 velocity);
     void InsertShadowSample(int thread, int x, int y, float z, float opacity, float coverage);
@@ -108,6 +109,8 @@ private:
     HRendBucket* FindTouched(int x, int y);
     bool TouchBucket(int x, int y);
     FragmentStore Store(int thread, bool recycle);
+    void TilesToLists(int thread);
+    void EnsureLists();
 
     IHRendOwner& owner_;
     HRendMode mode_ = HRM_IMAGE;
@@ -134,10 +137,12 @@ private:
     int threadCount_ = 1;
     LineFilterCone fallbackFilter_{1.0f};
     OrderedInserter ordered_;
+    std::atomic<bool> inLists_{true}; ///< the current bucket's fragments are in its lists, none in ordered_'s tiles
     std::vector<std::unique_ptr<HRB_Thick>> rasterisers_;
 
     std::mutex bucketListLock_;
     std::mutex renderLock_;
+    std::mutex listFormLock_;
     std::unique_ptr<std::mutex[]> pixelLocks_;
 };
 

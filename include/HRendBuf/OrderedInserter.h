@@ -9,49 +9,69 @@
 //
 //   Setup(bucket, threads, bytes)
 //   repeat
-//     each thread t: take the next unit u; BeginUnit(t, u); draw it into Writer(t); stop taking when any Full(i)
+//     each thread t: take the next unit u; BeginUnit(t, u); draw it into Writer(t); stop taking when anyone is Full
 //     barrier
 //     each thread t: MergeTiles(t, ...)
 //     barrier
 //     one thread: EndBatch(number of the next unit)
+//   each thread t: ToLists(t, ...)
+//
+// While units are drawn, fragments are kept packed (PackedTile). A batch may grow with them, to half their size, so
+// that rebuilding tiles costs a bounded share of the time, and memory stays within what the finished lists take.
 
-#include <atomic>
-#include <memory>
-#include <vector>
-
-#include "HRendBuf/SampleRuns.h"
+#include "HRendBuf/TileStore.h"
 
 class OrderedInserter {
 public:
     /// Most threads that can take part.
     static constexpr int kMaxThreads = FragmentPool::kSlots;
 
-    /// Prepares for a bucket; the first unit is number 0. A thread is Full from `bytesPerThread` bytes of samples on;
-    /// it exceeds that by what its last unit draws.
+    /// Prepares for a bucket; the first unit is number 0. A thread is Full from `bytesPerThread` bytes of samples on
+    /// (or more, see above); it exceeds that by what its last unit draws.
     void Setup(const PixelRect& bucket, int threads, size_t bytesPerThread);
+    /// Frees all memory.
+    void Release();
     int ThreadCount() const { return int(writers_.size()); }
     SampleWriter& Writer(int thread) { return *writers_[size_t(thread)]; }
 
-    /// `thread` begins to draw `unit`, which is above its last one and in reach of the batch (see Full).
+    /// `thread` begins to draw `unit`, which is above its last one.
     void BeginUnit(int thread, uint32_t unit) { Writer(thread).SetUnit(unit - firstUnit_); }
-    /// True when the batch should end: this thread's runs have reached their bound, or unit numbers run out.
+    /// True when the batch should end: this thread's runs have reached their bound, or `nextUnit` comes close to the
+    /// kMaxBatchUnits that a batch can tell apart.
     bool Full(int thread, uint32_t nextUnit) const {
-        return writers_[size_t(thread)]->BytesInUse() >= bytesPerThread_ ||
+        return writers_[size_t(thread)]->BytesInUse() >= bound_ ||
                nextUnit - firstUnit_ >= kMaxBatchUnits - kMaxThreads;
     }
-    /// Merges tiles into `heads` (row-major over the bucket) until none is left. Every thread calls it once a batch,
-    /// all drawing being done; fragments come from the slot in `store`.
+    /// Merges tiles until none is left. Every thread calls it once a batch, all drawing being done. `heads` are the
+    /// bucket's lists, row-major; what they hold is fetched into the tiles. The store's slot is the thread's own.
     template <class Fragment>
-    void MergeTiles(Fragment** heads, const FragmentStore& store);
+    void MergeTiles(int thread, Fragment** heads, const FragmentStore& store);
     /// Forgets the batch's samples after all threads have merged. `nextUnit` is the first number of the next batch.
     void EndBatch(uint32_t nextUnit);
-    /// Bytes of samples held now, over all threads.
-    size_t BytesInUse() const;
+    /// Turns tiles into the bucket's lists until none is left. Any number of threads call it once, no batch being open.
+    template <class Fragment>
+    void ToLists(Fragment** heads, const FragmentStore& store);
+    /// To be called after ToLists is done.
+    void EndToLists() { nextTile_ = 0; }
+
+    /// Bytes of samples of the open batch.
+    size_t SampleBytes() const;
+    /// Bytes of packed fragments.
+    size_t FragmentBytes() const { return image_.Bytes() + shadow_.Bytes(); }
 
 private:
+    TileStore<HairFragment>& Tiles(const HairFragment*) { return image_; }
+    TileStore<ShadowFragment>& Tiles(const ShadowFragment*) { return shadow_; }
+    int NextTile() {
+        const int tile = nextTile_.fetch_add(1, std::memory_order_relaxed);
+        return tile < grid_.Count() ? tile : -1;
+    }
+
     TileGrid grid_;
     std::vector<std::unique_ptr<SampleWriter>> writers_;
-    size_t bytesPerThread_ = 0;
+    TileStore<HairFragment> image_;
+    TileStore<ShadowFragment> shadow_;
+    size_t bytesPerThread_ = 0, bound_ = 0;
     uint32_t firstUnit_ = 0;
     std::atomic<int> nextTile_{0};
 };

@@ -93,6 +93,7 @@ void HRendBuf::StartBucket(const PixelRect& rect) {
     current_->Touch(settings.tick());
     threadCount_ = std::clamp(settings.threadCount, 1, OrderedInserter::kMaxThreads);
     ordered_.Setup(rect, threadCount_, settings.batchBytes);
+    inLists_ = true;
     const RasterTarget target{rect, settings.filter, settings.filterSize, &fallbackFilter_};
     rasterisers_.clear();
     for (int i = 0; i < threadCount_; ++i) {
@@ -140,12 +141,14 @@ void HRendBuf::RenderSource(IHairSource& source) {
     ordered_.EndBatch(0);
     renderedStrands_ += source.Render(*this);
     // What the source has drawn but not merged still belongs to its own tolerance.
-    if (ordered_.BytesInUse() > 0) MergeTiles(0);
+    if (ordered_.SampleBytes() > 0) MergeTiles(0);
     ordered_.EndBatch(0);
 }
 
 void HRendBuf::FinishBucket(int index) {
     HRendBucket& bucket = *current_;
+    EnsureLists();
+    ordered_.Release();
     if (mode_ == HRM_SHADOW && bucket.ShadowHeads() && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() &&
         shadowMap_.Build(bucket.ShadowHeads(), size_t(bucket.PixelCount())))
         bucket.Compacted();

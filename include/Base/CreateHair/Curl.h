@@ -3,19 +3,12 @@
 
 #include "Base/CreateHair/StrandContext.h"
 
-/// Moving frame along a strand's points: for each point its unit tangent and the frame vector U.
-class StrandFrame {
-public:
-    /// Frame at point 0 from the cross-section orientation; tangents are those of the strand.
-    StrandFrame(const PaddedPoints& tangents, int points, const Point3& orientation);
-    /// Unit tangent and frame vector of the point; points must be asked in order, each once.
-    void Next(Point3& tangent, Point3& u);
+/// Unit tangents of the first `points` points; degenerate ones become zero.
+void NormalizeTangents(const PaddedPoints& tangents, int points, PaddedPoints& unit);
 
-private:
-    const PaddedPoints& tangents_;
-    int index_ = 0;
-    Point3 side_, u_;
-};
+/// Moving frame along a strand from its unit tangents T and the cross-section orientation: U_i = T_i x S_i, with
+/// S_i = U_(i-1) x T_i normalised, never turning over from one point to the next.
+void BuildStrandFrame(const PaddedPoints& unitTangents, int points, const Point3& orientation, PaddedPoints& frame);
 
 /// Curls the strand when curliness is on and recomputes its tangents. One draw, made whether it is on or not.
 void ApplyCurl(StrandContext& c);

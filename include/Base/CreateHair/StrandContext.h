@@ -66,6 +66,8 @@ public:
     int lastSteps = 0;  ///< subdivision steps of the last segment
     int points = 0;
     PaddedPoints control, position, tangent;
+    PaddedPoints unitTangent, frame; ///< room for curling
+    PaddedFloats sine, cosine;
     PaddedFloats profile; ///< thickness profile of this strand (cut strands), world units / T
     PaddedFloats width;   ///< thickness by point; width on screen in render runs
     int64_t strandsMade = 0, verticesMade = 0;

@@ -11,6 +11,10 @@ StrandContext::StrandContext(const GenerationRun& r, int threadIndex)
     control.Resize(controls);
     position.Resize(r.maxPoints);
     tangent.Resize(r.maxPoints);
+    unitTangent.Resize(r.maxPoints);
+    frame.Resize(r.maxPoints);
+    sine.Resize(r.maxPoints);
+    cosine.Resize(r.maxPoints);
     profile.Resize(r.maxPoints);
     width.Resize(r.maxPoints);
     segmentVisible.assign(size_t(r.knots - 1), 1);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <array>
 #include <map>
 
 namespace {
@@ -132,3 +133,23 @@ RC_GTEST_PROP(RandDistProperty, TheTableRisesToFullAndSamplesFollowTheCurve, ())
 }
 
 } // namespace
+
+// Sampling is one look-up; it must answer what halving the table finds, for every output of the generator.
+TEST(RandDist, LookupEqualsSearch) {
+    for (const auto& ys : {std::array{1.0f, 1.0f, 1.0f}, std::array{0.0f, 0.0f, 1.0f}, std::array{1.0f, 0.0f, 0.0f},
+                           std::array{0.2f, 0.0f, 0.7f}}) {
+        CurveShape curve;
+        curve.knots = {{0.0f, ys[0], CURVE_CORNER}, {0.5f, ys[1], CURVE_CORNER}, {1.0f, ys[2], CURVE_CORNER}};
+        curve.Fit();
+        RandDist dist;
+        dist.Build(&curve);
+        ASSERT_TRUE(dist.Active());
+        for (uint32_t high = 0; high <= 32767; ++high) {
+            // A state whose next output is `high`: the step undone (the multiplier's inverse mod 2^32 is 3115528533).
+            HairRandom random;
+            random.Seed(((high << 16) - HairRandom::kIncrement) * 3115528533u);
+            ASSERT_EQ(HairRandom(random).Draw(), int(high));
+            ASSERT_EQ(dist.Sample(random), dist.Search(int(high))) << high;
+        }
+    }
+}
