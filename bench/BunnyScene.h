@@ -5,7 +5,8 @@
 #include "sdk/point3.h"
 
 inline constexpr float kBunnyFov = 0.6981317f; ///< 40 degrees, horizontal
-inline constexpr Point3 kBunnyCamera{0.6f, -4.2f, 0.8f}, kBunnyTarget{0.0f, 0.0f, 0.0f}, kBunnyKeyLight{3.0f, -4.0f, 5.0f};
+inline constexpr Point3 kBunnyCamera{0.6f, -4.2f, 0.8f}, kBunnyTarget{0.0f, 0.0f, 0.0f},
+    kBunnyKeyLight{3.0f, -4.0f, 5.0f};
 
 inline HairParams BunnyCoat(double strandsPerFace) {
     HairParams p = HairParams::Defaults(true);

@@ -1,5 +1,5 @@
-// The ray-traced picture that ours is measured against: the same strands as flat Bezier curves in an Embree scene, on all
-// threads: build, then 16 camera rays a pixel, and one shadow ray for every hit.
+// The ray-traced picture that ours is measured against: the same strands as flat Bezier curves in an Embree scene, on
+// all threads: build, then 16 camera rays a pixel, and one shadow ray for every hit.
 //
 // usage: raytraced_baseline MESH.obj STRANDS [WIDTH HEIGHT [THREADS]]
 // Prints one JSON object; the time to make the strands is reported apart and not counted.
@@ -15,11 +15,9 @@
 #include <thread>
 #include <vector>
 
-#define TINYOBJLOADER_IMPLEMENTATION
-#include <tiny_obj_loader.h>
-
 #include "Base/CreateHair/WorkUnits.h"
 #include "BenchEmitter.h"
+#include "BunnyMesh.h"
 #include "BunnyScene.h"
 
 namespace {
@@ -27,25 +25,6 @@ namespace {
 double Now() {
     using namespace std::chrono;
     return duration<double>(steady_clock::now().time_since_epoch()).count();
-}
-
-Mesh LoadObj(const char* path) {
-    tinyobj::ObjReader reader;
-    if (!reader.ParseFromFile(path)) {
-        std::fprintf(stderr, "cannot read %s\n", path);
-        std::exit(2);
-    }
-    Mesh m;
-    const auto& v = reader.GetAttrib().vertices;
-    // Y up becomes Z up, as the scene's import does.
-    for (size_t i = 0; i + 2 < v.size(); i += 3) m.verts.push_back({v[i], -v[i + 2], v[i + 1]});
-    for (const auto& shape : reader.GetShapes())
-        for (size_t i = 0; i + 2 < shape.mesh.indices.size(); i += 3) {
-            Face f;
-            for (int c = 0; c < 3; ++c) f.v[c] = shape.mesh.indices[i + size_t(c)].vertex_index;
-            m.faces.push_back(f);
-        }
-    return m;
 }
 
 // Curve vertices (x, y, z, radius) of all strands.
@@ -144,7 +123,7 @@ int main(int argc, char** argv) {
     const int width = argc > 4 ? std::atoi(argv[3]) : 1280, height = argc > 4 ? std::atoi(argv[4]) : 720;
     const int threads = argc > 5 ? std::atoi(argv[5]) : int(std::thread::hardware_concurrency());
     const double t0 = Now();
-    const Curves curves = MakeStrands(LoadObj(argv[1]), std::atof(argv[2]));
+    const Curves curves = MakeStrands(LoadBunny(argv[1]), std::atof(argv[2]));
     const double t1 = Now();
     RTCDevice device = rtcNewDevice(("threads=" + std::to_string(threads)).c_str());
     RTCScene scene = BuildScene(device, curves);
