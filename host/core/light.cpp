@@ -44,7 +44,9 @@ public:
                          BoolParam(kLightAffectSpecular, "affectSpecular", true),
                          BoolParam(kLightAmbientOnly, "ambientOnly", false),
                          BoolParam(kLightShadows, "shadows", false),
-                         FloatParam(kLightShadowMultiplier, "shadowMultiplier", 1, 0, 1)};
+                         FloatParam(kLightShadowMultiplier, "shadowMultiplier", 1, 0, 1),
+                         NamedParam(kLightExclude, "exclude", TYPE_INODE_TAB, P_VARIABLE_SIZE),
+                         BoolParam(kLightInclude, "include", false)};
         AddParamBlockDesc(&block_);
     }
     int IsPublic() override { return 1; }

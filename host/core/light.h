@@ -20,6 +20,8 @@ enum LightParam : ParamID {
     kLightAmbientOnly,
     kLightShadows,
     kLightShadowMultiplier, ///< how much of a shadow counts, 0..1
+    kLightExclude,          ///< table of nodes without this light
+    kLightInclude,          ///< the table names the only nodes with this light instead
 };
 
 /// A light that shines down its node's -Z axis (omni: everywhere).

@@ -1,0 +1,109 @@
+#include "image/load_image.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include <OpenImageIO/imageio.h>
+
+#include "core/error.h"
+#include "image/color_encoding.h"
+#include "image/read_exr.h"
+
+namespace host {
+
+void CheckImageSize(const std::string& path, int64_t width, int64_t height) {
+    const std::string size = std::to_string(width) + " x " + std::to_string(height);
+    if (width < 1 || height < 1) throw Error(path + ": cannot read: the picture is " + size + " pixels");
+    // Sides first: their product must not overflow.
+    if (width > kMaxImagePixels || height > kMaxImagePixels || width * height > kMaxImagePixels)
+        throw Error(path + ": cannot read: the picture is " + size + " pixels, expected at most " +
+                    std::to_string(kMaxImagePixels));
+}
+
+namespace {
+
+/// Spreads pixels of `n` channels over four: grey to all colours, missing alpha to `opaque`.
+template <class T>
+void Spread(const std::vector<T>& in, int n, T opaque, std::vector<T>& out) {
+    const size_t channels = size_t(n), pixels = in.size() / channels;
+    out.resize(pixels * 4);
+    for (size_t i = 0; i < pixels; ++i) {
+        const T* const from = &in[i * channels];
+        T* const to = &out[i * 4];
+        for (size_t c = 0; c < 3; ++c) to[c] = n >= 3 ? from[c] : from[0];
+        to[3] = n == 2 ? from[1] : n >= 4 ? from[3] : opaque;
+    }
+}
+
+template <class T>
+std::vector<T> ReadPixels(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int channels, const std::string& path) {
+    std::vector<T> pixels(size_t(spec.width) * size_t(spec.height) * size_t(channels));
+    if (!input.read_image(0, 0, 0, channels, OIIO::BaseTypeFromC<T>::value, pixels.data()))
+        throw Error(path + ": cannot read: " + input.geterror());
+    return pixels;
+}
+
+std::string LowerExtension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& c : extension) c = char(std::tolower(static_cast<unsigned char>(c)));
+    return extension;
+}
+
+/// The first bytes of an .exr file, whatever its name says: such files must not reach OpenImageIO.
+bool StartsLikeExr(const std::string& path) {
+    unsigned char magic[4] = {};
+    std::FILE* const f = std::fopen(path.c_str(), "rb");
+    if (!f) return false;
+    const bool whole = std::fread(magic, 1, 4, f) == 4;
+    std::fclose(f);
+    return whole && magic[0] == 0x76 && magic[1] == 0x2f && magic[2] == 0x31 && magic[3] == 0x01;
+}
+
+} // namespace
+
+Image ReadOther(const std::string& path, bool raw) {
+    OIIO::ImageSpec config;
+    config.attribute("oiio:UnassociatedAlpha", 1); // colour as it stands, not multiplied by alpha
+    auto input = OIIO::ImageInput::create(path);
+    OIIO::ImageSpec spec;
+    if (!input || input->format_name() == std::string("openexr"))
+        throw Error(path + ": cannot read: unknown kind of picture, expected .png, .jpg, .tif, .hdr or .exr");
+    if (!input->open(path, spec, config)) throw Error(path + ": cannot read: " + input->geterror());
+    CheckImageSize(path, spec.width, spec.height);
+    if (spec.nchannels < 1 || spec.depth > 1) throw Error(path + ": cannot read: this is no flat picture");
+    const int channels = std::min(spec.nchannels, 4);
+
+    Image image;
+    image.width_ = spec.width;
+    image.height_ = spec.height;
+    const bool whole = !spec.format.is_floating_point(), decode = whole && channels >= 3 && !raw;
+    if (spec.format == OIIO::TypeDesc::UINT8) {
+        Spread(ReadPixels<uint8_t>(*input, spec, channels, path), channels, uint8_t(255), image.bytes_);
+        image.decode_.resize(256);
+        for (int i = 0; i < 256; ++i) {
+            const float v = float(i) / 255.0f;
+            image.decode_[size_t(i)] = decode ? SrgbToLinear(v) : v;
+        }
+        return image;
+    }
+    Spread(ReadPixels<float>(*input, spec, channels, path), channels, 1.0f, image.floats_);
+    for (size_t i = 0; decode && i < image.floats_.size(); ++i)
+        if (i % 4 != 3) image.floats_[i] = SrgbToLinear(image.floats_[i]);
+    return image;
+}
+
+Image LoadImage(const std::string& path, bool raw) {
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(path, ec)) throw Error(path + ": cannot read: there is no such file");
+    try {
+        if (LowerExtension(path) == ".exr" || StartsLikeExr(path)) return ReadExr(path);
+        return ReadOther(path, raw);
+    } catch (const Error&) {
+        throw;
+    } catch (const std::exception& e) {
+        throw Error(path + ": cannot read: " + e.what());
+    }
+}
+
+} // namespace host

@@ -1,0 +1,143 @@
+#include "render/camera_sampler.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "render/surface_context.h"
+
+namespace host {
+
+namespace {
+
+/// A ray goes on this share of the depth behind a surface that lets light through.
+constexpr float kStepBehind = 1e-5f;
+/// Less transparency than this counts as none.
+constexpr float kOpaque = 1e-3f;
+/// Length of the segment to the background. Effects take segments as endless that reach this far, and as broken that
+/// reach 1e7.
+constexpr float kFarAway = 1e6f, kFarthest = 9e6f;
+
+bool IsOpaque(const Color& transparency) {
+    return std::max({transparency.r, transparency.g, transparency.b}) <= kOpaque;
+}
+
+} // namespace
+
+CameraSampler::View CameraSampler::ViewThrough(float x, float y) const {
+    View view;
+    render_.View().RayThrough(x, y, view.from, view.direction);
+    view.unit = Normalize(view.direction);
+    view.pixel = {int(std::floor(x)), int(std::floor(y))};
+    view.x = x, view.y = y;
+    return view;
+}
+
+// The nearest surface beyond depth `near`; false when there is none.
+bool CameraSampler::ShadeNearest(const View& view, float near, SurfaceLayer& layer, float& depth) {
+    RayHit hit;
+    if (!render_.Rays().Nearest(view.from, view.direction, near, render_.View().yon, kCameraRays, hit)) return false;
+    depth = hit.t;
+    const MeshInstance& instance = render_.Instance(hit.id);
+    SurfaceContext sc(render_, view.pixel.x, view.pixel.y);
+    sc.SetScreen(view.x, view.y);
+    sc.SetSurface(instance, hit, view.unit);
+    render_.MaterialOf(instance).Shade(sc);
+    const Color clear = sc.out.t;
+    layer.color = sc.out.c * instance.visibility;
+    layer.transparency = Color(1, 1, 1) + (clear - Color(1, 1, 1)) * instance.visibility;
+    layer.p = sc.P();
+    layer.normal = sc.OrigNormal();
+    layer.instance = hit.id;
+    layer.materialId = sc.mtlNum;
+    return true;
+}
+
+// Surfaces from the nearest one until one is opaque; at most `most`. Returns how many.
+int CameraSampler::Trace(const View& view, int most, SurfaceLayer* layers) {
+    float near = render_.View().hither;
+    int count = 0;
+    while (count < most) {
+        float depth = 0;
+        if (!ShadeNearest(view, near, layers[count], depth)) break;
+        const bool opaque = IsOpaque(layers[count].transparency);
+        ++count;
+        if (opaque) break;
+        near = std::max(depth + depth * kStepBehind, std::nextafter(depth, render_.View().yon));
+    }
+    return count;
+}
+
+SurfaceSample CameraSampler::Surfaces(float x, float y) {
+    const View view = ViewThrough(x, y);
+    SurfaceLayer layers[kMostLayers];
+    const int count = Trace(view, kMostLayers, layers);
+    SurfaceSample sample;
+    if (count > 0) sample.first = layers[0];
+    sample.more = count > 0 && !IsOpaque(layers[0].transparency);
+    if (count == 0 || !IsOpaque(layers[count - 1].transparency)) {
+        SurfaceContext sc(render_, view.pixel.x, view.pixel.y);
+        sc.SetScreen(x, y);
+        sc.SetBackground(FarPoint(view), view.unit);
+        sample.flat = sc.Background();
+    }
+    for (int i = count - 1; i >= 0; --i) sample.flat = layers[i].color + layers[i].transparency * sample.flat;
+    return sample;
+}
+
+PixelSample CameraSampler::Shade(float x, float y) {
+    const View view = ViewThrough(x, y);
+    SurfaceLayer layers[kMostLayers];
+    return Compose(view, layers, Trace(view, kMostLayers, layers));
+}
+
+PixelSample CameraSampler::Shade(float x, float y, const SurfaceSample& known) {
+    if (known.more) return Shade(x, y);
+    return Compose(ViewThrough(x, y), &known.first, known.first.instance >= 0 ? 1 : 0);
+}
+
+Point3 CameraSampler::FarPoint(const View& view) const {
+    const float length = std::clamp(4.0f * render_.farRange, kFarAway, kFarthest);
+    return view.from + view.unit * length;
+}
+
+// The air between `far` and the next nearer surface, or the camera.
+void CameraSampler::Air(const View& view, ShadeContext& sc, const SurfaceLayer* nearer, const Point3& far,
+                        bool background, PixelSample& s, Color& transparency) {
+    const Matrix3& toWorld = render_.camToWorld;
+    // The camera's own place is exact: effects recognise camera segments by it.
+    const Point3 start = nearer                                 ? nearer->p * toWorld
+                         : render_.projType == PROJ_PERSPECTIVE ? toWorld.GetTrans()
+                                                                : view.from * toWorld;
+    segments_ += render_.Atmosphere().Effects().size();
+    render_.Atmosphere().Shade(sc, start, far * toWorld, s.color, transparency, background);
+}
+
+PixelSample CameraSampler::Compose(const View& view, const SurfaceLayer* layers, int count) {
+    PixelSample s;
+    Color transparency;
+    SurfaceContext sc(render_, view.pixel.x, view.pixel.y);
+    sc.SetScreen(view.x, view.y);
+    Color behind;
+    if (count == 0 || !IsOpaque(layers[count - 1].transparency)) {
+        const Point3 far = FarPoint(view);
+        sc.SetBackground(far, view.unit);
+        behind = s.color = sc.Background();
+        transparency = {1, 1, 1};
+        const SurfaceLayer* const nearer = count > 0 ? &layers[count - 1] : nullptr;
+        if (!nearer || render_.Instance(nearer->instance).inAtmosphere)
+            Air(view, sc, nearer, far, true, s, transparency);
+    }
+    for (int i = count - 1; i >= 0; --i) {
+        s.color = layers[i].color + layers[i].transparency * s.color;
+        transparency = layers[i].transparency * transparency;
+        if (!render_.Instance(layers[i].instance).inAtmosphere) continue;
+        sc.SetBackground(layers[i].p, view.unit);
+        Air(view, sc, i > 0 ? &layers[i - 1] : nullptr, layers[i].p, false, s, transparency);
+    }
+    s.background = behind * transparency;
+    s.alpha = std::clamp(1.0f - Intens(transparency), 0.0f, 1.0f);
+    if (count > 0) s.z = layers[0].p.z;
+    return s;
+}
+
+} // namespace host

@@ -1,0 +1,40 @@
+#pragma once
+// The camera of a render and its projection.
+
+#include <string>
+
+#include "core/core.h"
+#include "sdk/render.h"
+
+namespace host {
+
+/// How a camera node sees at a time, and how that falls on a picture. The camera looks down -Z; screen y points down.
+///   perspective: xscale = -(1 / tan(fov / 2)) * xc, screen x = xc + xscale * x / z
+///   parallel:    xscale = width / (2 * d * tan(fov / 2)), screen x = xc + xscale * x; d is the distance of the target
+/// and yscale = -aspect * xscale in both. Only the camera's place and direction count, not its node's scale.
+struct CameraView {
+    INode* node = nullptr;
+    int projType = PROJ_PERSPECTIVE;
+    Matrix3 camToWorld, worldToCam;
+    float xscale = 1, yscale = 1, xc = 0, yc = 0;
+    float hither = 0, yon = 1e30f; ///< surfaces nearer or farther than this are not seen
+    bool hasRange = false;         ///< the camera names its depth range itself
+    float nearRange = 0, farRange = 1000;
+
+    /// Start and direction of the ray through a screen position, camera space; the direction's z is -1, so that
+    /// distances in its units are depths.
+    void RayThrough(float x, float y, Point3& from, Point3& direction) const;
+};
+
+/// The node of the camera: of that name, or (name empty) the viewport's camera, else the scene's only one. Throws
+/// Error.
+INode* FindCamera(Core& core, const std::string& name);
+
+/// The view of camera `node` at `t` on a picture.
+CameraView MakeCameraView(INode* node, TimeValue t, int width, int height, float aspect);
+
+/// Depth range that holds `world` (a box in world space) as `view` sees it, a little widened; 0..1000 when none of it
+/// lies in front of the camera. It sets how finely depths are told apart, so it is kept as short as the scene allows.
+void DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange);
+
+} // namespace host

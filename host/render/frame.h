@@ -1,0 +1,59 @@
+#pragma once
+// Rendering one frame of a scene into a picture.
+
+#include <cstdint>
+#include <string>
+
+#include "core/core.h"
+#include "core/error.h"
+#include "image/picture.h"
+
+namespace host {
+
+/// What a render is told. Background, environment map, ambient light and atmospheric effects are the scene's (Core).
+struct FrameSettings {
+    TimeValue time = 0;
+    int width = 640, height = 480; ///< 1..kMaxPictureSide each
+    float pixelAspect = 1;         ///< a pixel's width by its height, above 0
+    std::string camera;            ///< a camera node's name; empty: the viewport's camera, else the scene's only one
+    int threads = 0;               ///< 0: as many as there are processors; at most 256
+    int samples = 3;               ///< pixels at edges take samples x samples camera samples, 1..16; others take one
+};
+
+/// What a render cost.
+struct FrameStats {
+    double wallSeconds = 0;
+    double cpuSeconds = 0;           ///< of all threads of the process meanwhile
+    uint64_t cameraSamples = 0;      ///< that ended in the picture
+    uint64_t atmosphereSegments = 0; ///< segments that atmospheric effects were asked about
+    uint64_t peakRssBytes = 0;       ///< of the process so far
+    int threads = 0;
+};
+
+/// Receives the progress of a render; one call at a time, from any thread.
+class RenderProgress {
+public:
+    virtual ~RenderProgress() = default;
+    virtual void Report(const char* title, int done, int total) = 0;
+};
+
+enum class FrameResult {
+    kDone,
+    kAborted ///< Core::CheckForRenderAbort said so; the picture is incomplete and must not be written
+};
+
+/// Adds the host's renderer, materials and maps to the core's classes, and lets lights make their descriptors. Once a
+/// core, before scenes are loaded; again changes nothing.
+void RegisterRenderClasses(Core& core);
+
+/// Throws Error when the settings are out of range or the camera cannot be found (names the nearest ones).
+void CheckFrameSettings(Core& core, const FrameSettings& settings);
+
+/// Renders the scene at `settings.time` into `out` (reset to the size; colour, background, Z, and the channels that the
+/// core's render parameters ask for). The picture is the same bit for bit for any thread count. The core's abort flag
+/// is polled, never cleared. `progress` may be null. Throws Error on bad settings; effects' RenderEnd is called in
+/// every case.
+FrameResult RenderFrame(Core& core, const FrameSettings& settings, RenderProgress* progress, Picture& out,
+                        FrameStats& stats);
+
+} // namespace host
