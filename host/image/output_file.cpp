@@ -41,7 +41,8 @@ fs::path NameBeside(const fs::path& place) {
 OutputFile::OutputFile(const std::string& path) : name_(path), place_(path) {
     std::error_code ec;
     // A link stays a link: what it points at is replaced.
-    if (fs::is_symlink(place_, ec)) place_ = fs::weakly_canonical(place_, ec);
+    for (int links = 0; fs::is_symlink(place_, ec) && links < 40; ++links)
+        place_ = place_.parent_path() / fs::read_symlink(place_, ec);
     if (place_.filename().empty() || fs::is_directory(place_, ec))
         throw Error(name_ + ": cannot write: this is a folder, expected the name of a file");
     if (fs::exists(place_, ec) && !fs::is_regular_file(place_, ec))

@@ -94,3 +94,6 @@ CurveCtl* BuildDefaultRandDist();
 
 /// The parameter reference of the fur (or hair) object in Markdown, from the tables and blocks.
 std::string DescribeParameters(bool fur);
+
+/// The whole page docs/parameters.md: both objects.
+std::string ParameterPage();

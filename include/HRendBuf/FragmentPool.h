@@ -2,6 +2,7 @@
 // Blocks of one size for fragments.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <vector>
@@ -13,8 +14,9 @@ class FragmentPool {
 public:
     static constexpr int kSlots = 16;
 
-    /// `blockSize` bytes a block (a multiple of 8), `blockCount` blocks a chunk.
-    FragmentPool(size_t blockSize, size_t blockCount) : blockSize_(blockSize), chunkBytes_(blockSize * blockCount) {}
+    /// `blockSize` bytes a block (a multiple of 8), `blockCount` blocks a chunk, at most `maxChunks` chunks a slot.
+    FragmentPool(size_t blockSize, size_t blockCount, size_t maxChunks = SIZE_MAX)
+        : blockSize_(blockSize), chunkBytes_(blockSize * blockCount), maxChunks_(maxChunks) {}
 
     /// A block, or null when memory is exhausted.
     void* Alloc(int slot) {
@@ -55,6 +57,7 @@ private:
     };
 
     bool AddChunk(Slot& s) {
+        if (s.chunks.size() >= maxChunks_) return false;
         std::byte* memory = new (std::nothrow) std::byte[chunkBytes_];
         if (!memory) return false;
         s.chunks.emplace_back(memory);
@@ -65,6 +68,7 @@ private:
 
     size_t blockSize_;
     size_t chunkBytes_;
+    size_t maxChunks_;
     Slot slots_[kSlots];
 };
 

@@ -29,6 +29,8 @@ public:
     /// Prepares for a bucket; the first unit is number 0. A thread is Full from `bytesPerThread` bytes of samples on
     /// (or more, see above); it exceeds that by what its last unit draws.
     void Setup(const PixelRect& bucket, int threads, size_t bytesPerThread);
+    /// Frees the storage of samples; no batch may follow before the next Setup.
+    void ReleaseSamples() { writers_.clear(); }
     /// Frees all memory.
     void Release();
     int ThreadCount() const { return int(writers_.size()); }

@@ -147,6 +147,7 @@ void HRendBuf::RenderSource(IHairSource& source) {
 
 void HRendBuf::FinishBucket(int index) {
     HRendBucket& bucket = *current_;
+    ordered_.ReleaseSamples(); // the lists take their place
     EnsureLists();
     ordered_.Release();
     if (mode_ == HRM_SHADOW && bucket.ShadowHeads() && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() &&

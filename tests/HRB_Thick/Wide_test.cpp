@@ -145,6 +145,9 @@ TEST(Wide, SharpTurnsDrawBothArms) {
     EXPECT_GT(pixels.at({30, 59}), 0.9f);
     EXPECT_GT(pixels.at({30, 63}), 0.9f);
     for (const auto& [pixel, coverage] : pixels) EXPECT_LT(pixel.first, 66);
+    const auto shorter = Draw({Vertex(10, 60, -5, 3), Vertex(60, 60, -5, 3), Vertex(30, 68, -5, 3)}, nullptr).ByPixel();
+    EXPECT_GT(shorter.at({20, 59}), 0.9f);
+    EXPECT_GT(shorter.at({40, 65}), 0.9f);
     // Exactly back: each half of the width is drawn once.
     const auto fold = Draw({Vertex(20, 60.5f, -5, 5), Vertex(60, 60.5f, -5, 5), Vertex(20, 60.5f, -5, 5)}, nullptr);
     for (const auto& [pixel, coverage] : fold.ByPixel()) EXPECT_LE(coverage, 1.0f);

@@ -203,10 +203,21 @@ TEST(FragmentList, MergingToOpaqueDropsWhatIsBehind) {
 }
 
 TEST(FragmentList, ExhaustedPoolKeepsTheList) {
-    FragmentPool pool(sizeof(HairFragment), std::numeric_limits<size_t>::max() / 48);
+    FragmentPool pool(sizeof(HairFragment), 2, 1);
     HairFragment* head = nullptr;
-    InsertPoint(head, ImagePoint{-1, 1, 1, {}}, FragmentStore{&pool, 0, 0.1f, true});
-    EXPECT_EQ(head, nullptr);
+    const FragmentStore store{&pool, 0, 0.1f, true};
+    for (float z : {-2.0f, -4.0f, -3.0f, -1.0f}) InsertPoint(head, ImagePoint{z, 0.5f, 0.5f, {}}, store);
+    ASSERT_NE(head, nullptr);
+    EXPECT_EQ(head->zMax, -2.0f);
+    ASSERT_NE(head->next, nullptr);
+    EXPECT_EQ(head->next->zMax, -4.0f);
+    EXPECT_EQ(head->next->next, nullptr);
+    // Merging needs no fragment.
+    InsertPoint(head, ImagePoint{-2.05f, 0.5f, 0.5f, {}}, store);
+    EXPECT_EQ(head->zMin, -2.05f);
+    // Another slot has memory of its own.
+    InsertPoint(head, ImagePoint{-3.0f, 0.5f, 0.5f, {}}, FragmentStore{&pool, 1, 0.1f, true});
+    EXPECT_EQ(head->next->zMax, -3.0f);
 }
 
 namespace {

@@ -58,7 +58,8 @@ public:
     bool PrepareSnapshot(const HairParams& params);
 
     const VertexStrand* Strand(int vertex) const { return strands_[size_t(vertex)].get(); }
-    VertexStrand* Strand(int vertex) { return strands_[size_t(vertex)].get(); }
+    /// The strand for writing: one that is shared becomes the record's own.
+    VertexStrand* EditStrand(int vertex);
     int VertexCount() const { return int(strands_.size()); }
     int KnotsPerStrand() const { return knotsPerStrand_; }
     bool FaceSelected(int face) const;
@@ -94,7 +95,8 @@ private:
     int knotsPerStrand_ = 0;
     Matrix3 tmFixing_, tmNow_;
     std::shared_ptr<const Mesh> mesh_;
-    std::vector<std::unique_ptr<VertexStrand>> strands_;
+    /// A strand that the fixing snapshot's carries over unchanged is shared with it.
+    std::vector<std::shared_ptr<VertexStrand>> strands_;
     BitArray faceSelected_;
     BitArray vertexCarries_; ///< vertices of selected faces
     Box3 bounds_;

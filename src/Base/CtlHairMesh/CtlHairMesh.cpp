@@ -19,7 +19,7 @@ void CtlHairMesh::Reset() {
     reference_.reset();
     boundsValid_ = false;
     for (auto& s : strands_)
-        if (s) s->splineDirty = true;
+        if (s && s->owner == this) s->splineDirty = true;
     time_ = TIME_NegInfinity;
     cutFactors_.clear();
 }
@@ -110,6 +110,15 @@ bool CtlHairMesh::Evaluate(TimeValue t, const HairParams& params) {
     CarrySnapshot(params);
     boundsValid_ = false;
     return true;
+}
+
+VertexStrand* CtlHairMesh::EditStrand(int vertex) {
+    auto& slot = strands_[size_t(vertex)];
+    if (slot && slot->owner != this) {
+        slot = std::make_shared<VertexStrand>(*slot);
+        slot->owner = this;
+    }
+    return slot.get();
 }
 
 float CtlHairMesh::CutFactor(int vertex) const {

@@ -96,7 +96,7 @@ void CtlHairMesh::BuildFurStrands(const HairParams& params) {
             continue;
         }
         auto& slot = strands_[size_t(v)];
-        if (!slot) slot = std::make_unique<VertexStrand>();
+        if (!slot || slot->owner != this) slot = std::make_shared<VertexStrand>();
         VertexStrand& s = *slot;
         s.vertex = v;
         s.owner = this;

@@ -26,10 +26,11 @@ Point3 CtlHairMesh::GetPoint(int index, const Matrix3& tm) const {
 
 void CtlHairMesh::SetPoint(int index, const Point3& p) {
     int i = index;
-    for (const auto& s : strands_) {
+    for (int v = 0; v < VertexCount(); ++v) {
+        const VertexStrand* s = Strand(v);
         if (!s || i < 0) continue;
         if (i < s->KnotCount()) {
-            SetKnot(*s, i, p);
+            SetKnot(*EditStrand(v), i, p);
             return;
         }
         i -= s->KnotCount();

@@ -45,9 +45,7 @@ void CtlHairMesh::CarrySnapshot(const HairParams& params) {
             strands_[v].reset();
             continue;
         }
-        strands_[v] = std::make_unique<VertexStrand>(*from.strands_[v]);
-        VertexStrand& s = *strands_[v];
-        s.owner = this;
+        strands_[v] = from.strands_[v];
         // Strands are kept in object space, so moving from the fixing frame's transform to the current one changes
         // nothing.
         const Point3 rootThen = meshThen.verts[v], rootNow = meshNow.verts[v];
@@ -58,6 +56,7 @@ void CtlHairMesh::CarrySnapshot(const HairParams& params) {
             if (!(frameThen == frameNow)) turn = Inverse(frameThen) * frameNow;
         }
         if (rootThen == rootNow && turn == Matrix3()) continue;
+        VertexStrand& s = *EditStrand(int(v));
         for (Point3& p : s.knots) p = (p - rootThen) * turn + rootNow;
         s.knots[0] = rootNow;
         s.root = rootNow;

@@ -1,1 +1,2 @@
-target_link_libraries(${name} PRIVATE velmar_host_render)
+find_package(rapidcheck REQUIRED)
+target_link_libraries(${name} PRIVATE velmar_host_render rapidcheck rapidcheck_gtest)

@@ -1,0 +1,27 @@
+#include "Base/BaseAtmo/AtmoClassDesc.h"
+
+#include "HRendAtm/HairRender.h"
+#include "HairDLL/LibGlobals.h"
+#include "HairDLL/StringTable.h"
+
+AtmoClassDesc::AtmoClassDesc(const AtmoClass& c) : class_(c) {
+    AddObjectBlocks(*this, c.fur);
+}
+
+void* AtmoClassDesc::Create(bool loading) {
+    BaseAtmo* object = class_.make();
+    if (!loading) {
+        object->SetName(ClassName());
+        object->CreateMissingReferences();
+        HairRender::EnsureRendererInScene();
+    }
+    return static_cast<ReferenceTarget*>(object);
+}
+
+const char* AtmoClassDesc::ClassName() {
+    return FindString(class_.name);
+}
+
+void* AtmoClassDesc::HInstance() {
+    return GetModuleHandle();
+}

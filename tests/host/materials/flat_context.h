@@ -1,0 +1,49 @@
+#pragma once
+// A shading question with answers set by hand.
+
+#include <vector>
+
+#include "sdk/shadecontext.h"
+
+namespace host {
+
+/// A point at the origin, seen along -Z, with settable normal, coordinates and lights.
+class FlatContext : public ShadeContext {
+public:
+    FlatContext() { shadow = 0; }
+    LightDesc* Light(int n) override { return n >= 0 && n < int(lights.size()) ? lights[size_t(n)] : nullptr; }
+    TimeValue CurTime() override { return 0; }
+    Point3 Normal() override { return normal; }
+    Point3 V() override { return view; }
+    void SetView(const Point3& v) override { view = v; }
+    Point3 P() override { return {0, 0, 0}; }
+    Point3 PObj() override { return {0, 0, 0}; }
+    Point3 UVW(int channel) override { return channel == 1 ? uvw : Point3(0.9f, 0.9f, 0); }
+    void ScreenUV(Point2& uv, Point2& duv) override { uv = screen, duv = Point2(); }
+    void Use(LightDesc* light) {
+        lights.push_back(light);
+        nLights = int(lights.size());
+    }
+    Point3 normal{0, 0, 1}, view{0, 0, -1}, uvw;
+    Point2 screen;
+    std::vector<LightDesc*> lights;
+};
+
+/// Light from a direction.
+class SunDesc : public LightDesc {
+public:
+    explicit SunDesc(const Point3& toLight, const Color& color = {1, 1, 1}) : toLight_(toLight), color_(color) {}
+    bool Illuminate(ShadeContext&, const Point3& normal, Color& color, Point3& dir, float& dot,
+                    float& diffuse) override {
+        color = color_;
+        dir = toLight_;
+        dot = diffuse = DotProd(normal, toLight_);
+        return dot > 0;
+    }
+
+private:
+    Point3 toLight_;
+    Color color_;
+};
+
+} // namespace host

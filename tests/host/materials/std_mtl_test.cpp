@@ -1,0 +1,297 @@
+#include "materials/std_mtl.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "core/controllers.h"
+#include "core/core.h"
+#include "flat_context.h"
+#include "materials/checker_map.h"
+#include "materials/multi_mtl.h"
+
+namespace host {
+namespace {
+
+void ExpectColor(const Color& a, const Color& b) {
+    for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], 1e-6f) << i;
+}
+
+/// A map of one colour.
+class FlatMap : public Texmap {
+public:
+    explicit FlatMap(const AColor& c) : color_(c) {}
+    ~FlatMap() override { DeleteAllRefs(); }
+    AColor EvalColor(ShadeContext&) override { return color_; }
+    void Update(TimeValue t, Interval&) override { updated = t; }
+    TimeValue updated = -1;
+
+private:
+    AColor color_;
+};
+
+TEST(StdMtl, DiffuseLightFollowsTheCosine) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.25f, 1));
+    FlatContext sc;
+    SunDesc sun({0.6f, 0, 0.8f}, {1, 2, 0.5f}), other({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.4f, 0.4f, 0.4f});
+    EXPECT_EQ(sc.out.t, Color());
+    sc.Use(&other);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.9f, 0.65f, 1.4f});
+}
+
+TEST(StdMtl, HighlightIsBlinns) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0, 0, 0));
+    m.Params()->SetValue(kStdSpecular, 0, Color(1, 0.5f, 0));
+    m.Params()->SetValue(kStdSpecularLevel, 0, 2.0f);
+    m.Params()->SetValue(kStdGlossiness, 0, 0.3f);
+    FlatContext sc;
+    SunDesc sun({0.6f, 0, 0.8f});
+    sc.Use(&sun);
+    m.Shade(sc);
+    const float nh = Normalize(Point3(0.6f, 0, 1.8f)).z, s = 2 * std::pow(nh, 8.0f);
+    ExpectColor(sc.out.c, {s, 0.5f * s, 0});
+    sun.affectSpecular = false;
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0, 0, 0});
+}
+
+TEST(StdMtl, AmbientLightMeetsTheDiffuseColourUnlessUnlocked) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.5f, 0.5f));
+    m.Params()->SetValue(kStdAmbient, 0, Color(1, 0, 0));
+    FlatContext sc;
+    sc.ambientLight = {0.2f, 0.4f, 0.6f};
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.1f, 0.2f, 0.3f});
+    m.Params()->SetValue(kStdLockAmbient, 0, 0);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.2f, 0, 0});
+}
+
+TEST(StdMtl, AmbientOnlyLightsCountAsAmbient) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.5f, 0.5f));
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sun.ambientOnly = true;
+    sc.Use(&sun);
+    m.Params()->SetValue(kStdSpecularLevel, 0, 1.0f);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.5f, 0.5f, 0.5f});
+}
+
+TEST(StdMtl, SelfIlluminationReplacesReflectedLight) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0.8f, 0.4f, 0));
+    m.Params()->SetValue(kStdSelfIllum, 0, 0.25f);
+    FlatContext sc;
+    SunDesc sun({0, 0, 1}, {0.5f, 0.5f, 0.5f});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.8f * 0.625f, 0.4f * 0.625f, 0});
+}
+
+TEST(StdMtl, OpacityScalesAllButTheHighlight) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 1, 1));
+    m.Params()->SetValue(kStdOpacity, 0, 0.25f);
+    m.Params()->SetValue(kStdSpecularLevel, 0, 1.0f);
+    m.Params()->SetValue(kStdSpecular, 0, Color(0.5f, 0.5f, 0.5f));
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.75f, 0.75f, 0.75f});
+    ExpectColor(sc.out.t, {0.75f, 0.75f, 0.75f});
+    EXPECT_FLOAT_EQ(m.GetXParency(0, false), 0.75f);
+}
+
+TEST(StdMtl, InShadowModeOnlyTransparencyCounts) {
+    StdMtl m;
+    m.Params()->SetValue(kStdOpacity, 0, 0.25f);
+    m.Params()->SetValue(kStdSelfIllum, 0, 1.0f);
+    FlatContext sc;
+    sc.mode = SCMODE_SHADOW;
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.c, Color());
+    ExpectColor(sc.out.t, {0.75f, 0.75f, 0.75f});
+}
+
+TEST(StdMtl, MapsReplaceTheirChannels) {
+    StdMtl m;
+    FlatMap diffuse({0.2f, 0.4f, 0.6f}), opacity({0.5f, 0.5f, 0.5f});
+    m.SetSubTexmap(ID_DI, &diffuse);
+    m.SetSubTexmap(ID_OP, &opacity);
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.1f, 0.2f, 0.3f});
+    ExpectColor(sc.out.t, {0.5f, 0.5f, 0.5f});
+    ExpectColor(m.ShadowTransparency(sc), {0.5f, 0.5f, 0.5f});
+    EXPECT_EQ(m.Requirements(0), MTLREQ_UV);
+    sc.doMaps = 0;
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.588f, 0.588f, 0.588f});
+    Interval valid = FOREVER;
+    m.Update(160, valid);
+    EXPECT_EQ(diffuse.updated, 160);
+    EXPECT_EQ(opacity.updated, 160);
+}
+
+TEST(StdMtl, ChannelsWithoutMapsTakeNone) {
+    StdMtl m;
+    FlatMap map({1, 1, 1});
+    for (const int channel : {int(ID_AM), int(ID_FI), int(ID_BU), -1, int(ID_NUM_CHANNELS), 99}) {
+        m.SetSubTexmap(channel, &map);
+        EXPECT_EQ(m.GetSubTexmap(channel), nullptr) << channel;
+    }
+    EXPECT_FALSE(map.HasDependents());
+}
+
+TEST(StdMtl, ADeletedMapLeavesItsSlot) {
+    StdMtl m;
+    {
+        FlatMap map({0, 1, 0});
+        m.SetSubTexmap(ID_DI, &map);
+        EXPECT_EQ(m.GetSubTexmap(ID_DI), &map);
+    }
+    EXPECT_EQ(m.GetSubTexmap(ID_DI), nullptr);
+}
+
+TEST(StdMtl, AShaderIsAskedThroughItsParameters) {
+    class Probe : public Shader {
+    public:
+        ~Probe() override { DeleteAllRefs(); }
+        void Illum(ShadeContext& sc, IllumParams& ip) override {
+            seen = ip;
+            ip.finalC = {0.125f, 0.25f, 0.5f};
+            ip.finalT = {0.75f, 0.5f, 0.25f};
+        }
+        void Update(TimeValue t, Interval&) override { updated = t; }
+        IllumParams seen;
+        TimeValue updated = -1;
+    } shader;
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 0.5f, 0.25f));
+    m.Params()->SetValue(kStdSpecularLevel, 0, 3.0f);
+    m.Params()->SetValue(kStdGlossiness, 0, 0.7f);
+    m.Params()->SetValue(kStdOpacity, 0, 0.9f);
+    m.SetShader(&shader);
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.c, Color(0.125f, 0.25f, 0.5f));
+    EXPECT_EQ(sc.out.t, Color(0.75f, 0.5f, 0.25f));
+    EXPECT_EQ(shader.seen.diffuse, Color(1, 0.5f, 0.25f));
+    EXPECT_EQ(shader.seen.specLevel, 3.0f);
+    EXPECT_EQ(shader.seen.glossiness, 0.7f);
+    EXPECT_EQ(shader.seen.opacity, 0.9f);
+    EXPECT_EQ(shader.seen.nLights, 1);
+    Interval valid = FOREVER;
+    m.Update(320, valid);
+    EXPECT_EQ(shader.updated, 320);
+    m.SetShader(nullptr);
+    m.Shade(sc);
+    EXPECT_NEAR(sc.out.t.r, 0.1f, 1e-6f);
+}
+
+TEST(StdMtl, AnimatedValuesFollowUpdate) {
+    StdMtl m;
+    auto* const control = new FloatControl;
+    control->SetKey(0, 0.0f);
+    control->SetKey(100, 1.0f);
+    ASSERT_TRUE(m.Params()->SetController(kStdOpacity, control));
+    Interval valid = FOREVER;
+    m.Update(25, valid);
+    EXPECT_FLOAT_EQ(m.GetXParency(0, false), 0.75f);
+    EXPECT_EQ(valid, Interval(25, 25));
+}
+
+TEST(StdMtl, ClonesAreIndependentButShareUncopyableMaps) {
+    FlatMap map({0, 1, 0});
+    StdMtl m;
+    m.SetName("hide");
+    m.SetSubTexmap(ID_DI, &map);
+    m.Params()->SetValue(kStdOpacity, 0, 0.5f);
+    RemapDir remap;
+    auto* const copy = static_cast<StdMtl*>(m.Clone(remap));
+    EXPECT_EQ(copy->GetName(), "hide");
+    EXPECT_EQ(copy->GetSubTexmap(ID_DI), &map);
+    EXPECT_FLOAT_EQ(copy->GetXParency(0, false), 0.5f);
+    copy->Params()->SetValue(kStdOpacity, 0, 1.0f);
+    EXPECT_FLOAT_EQ(copy->GetXParency(0, false), 0.0f);
+    EXPECT_FLOAT_EQ(m.GetXParency(0, false), 0.5f);
+    copy->DeleteThis();
+}
+
+TEST(MultiMtl, PicksByFaceId) {
+    StdMtl red, green;
+    red.Params()->SetValue(kStdDiffuse, 0, Color(1, 0, 0));
+    green.Params()->SetValue(kStdDiffuse, 0, Color(0, 1, 0));
+    green.Params()->SetValue(kStdOpacity, 0, 0.5f);
+    MultiMtl multi;
+    multi.SetNumSubMtls(3);
+    multi.SetSubMtl(0, &red);
+    multi.SetSubMtl(1, &green);
+    EXPECT_TRUE(multi.IsMultiMtl());
+    EXPECT_EQ(multi.ClassID(), MULTI_CLASS_ID);
+    FlatContext sc;
+    sc.ambientLight = {1, 1, 1};
+    const Color expected[] = {{1, 0, 0}, {0, 0.5f, 0}, {0, 0, 0}, {1, 0, 0}, {0, 0.5f, 0}};
+    for (int id = 0; id < 5; ++id) {
+        sc.mtlNum = id;
+        sc.out.c = {9, 9, 9};
+        multi.Shade(sc);
+        ExpectColor(sc.out.c, expected[id]);
+    }
+    EXPECT_EQ(multi.GetDiffuse(4, false), Color(0, 1, 0));
+    EXPECT_FLOAT_EQ(multi.GetXParency(1, false), 0.5f);
+    EXPECT_EQ(multi.GetXParency(2, false), 0.0f);
+}
+
+TEST(MultiMtl, GrowsShrinksAndForgetsTheDeleted) {
+    MultiMtl multi;
+    FlatContext sc;
+    multi.Shade(sc); // no sub-materials: black
+    EXPECT_EQ(sc.out.c, Color());
+    StdMtl a;
+    multi.SetSubMtl(4, &a);
+    EXPECT_EQ(multi.NumSubMtls(), 5);
+    {
+        StdMtl b;
+        multi.SetSubMtl(1, &b);
+        EXPECT_EQ(multi.GetSubMtl(1), &b);
+    }
+    EXPECT_EQ(multi.GetSubMtl(1), nullptr);
+    multi.SetNumSubMtls(2);
+    EXPECT_FALSE(a.HasDependents());
+    multi.SetSubMtl(-1, &a);
+    multi.SetSubMtl(MultiMtl::kMost, &a);
+    EXPECT_EQ(multi.NumSubMtls(), 2);
+}
+
+TEST(MultiMtl, ClonesCopyTheirParts) {
+    Core core;
+    auto* const part = core.Adopt(new StdMtl);
+    MultiMtl multi;
+    multi.SetNumSubMtls(3);
+    multi.SetSubMtl(0, part);
+    RemapDir remap;
+    auto* const copy = static_cast<MultiMtl*>(multi.Clone(remap));
+    EXPECT_EQ(copy->NumSubMtls(), 3);
+    EXPECT_NE(copy->GetSubMtl(0), part);
+    EXPECT_NE(copy->GetSubMtl(0), nullptr);
+    EXPECT_EQ(copy->GetSubMtl(1), nullptr);
+    copy->DeleteThis();
+}
+
+} // namespace
+} // namespace host
