@@ -37,6 +37,10 @@ inline bool UnknownOperation(TSTR& error) {
     return Fail(error, "no such operation");
 }
 
+inline bool TakeArgs(const std::vector<ScriptValue>& args, size_t count, TSTR& error) {
+    return args.size() == count || Fail(error, "expected " + std::to_string(count) + " arguments");
+}
+
 // Each takes a value of its kind; false with what was expected otherwise, and `out` stays.
 
 inline bool TakeBool(const ScriptValue& v, bool& out, TSTR& error) {

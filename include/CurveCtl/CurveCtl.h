@@ -9,6 +9,7 @@
 #include "sdk/bitarray.h"
 #include "sdk/color.h"
 #include "sdk/iparamb2.h"
+#include "sdk/properties.h"
 #include "sdk/ref.h"
 
 inline constexpr Class_ID CURVECTL_CLASS_ID{0x5df038a1, 0x4ff748fe};
@@ -77,7 +78,7 @@ public:
 
 /// A curve y = f(x) over a fixed rectangle with up to kMaxCurveKnots knots in ascending x. Main thread only; generation
 /// reads the plain Shape().
-class CurveCtl : public ReferenceTarget {
+class CurveCtl : public ReferenceTarget, public IScriptProperties {
 public:
     /// Two Corner knots, (xMin, yMin) and (xMax, yMax). Switched off.
     CurveCtl(float xMin, float xMax, float yMin, float yMax);
@@ -162,7 +163,14 @@ public:
     /// limit).
     bool LoadFromINI(const char* file, const char* section);
 
+    // Script properties and operations.
+    std::vector<TSTR> ListProperties() override;
+    bool GetProperty(const TSTR& name, ScriptValue& value, TSTR& error) override;
+    bool SetProperty(const TSTR& name, const ScriptValue& value, TSTR& error) override;
+    bool Call(const TSTR& name, const std::vector<ScriptValue>& args, ScriptValue& result, TSTR& error) override;
+
     Class_ID ClassID() override { return CURVECTL_CLASS_ID; }
+    void* GetInterface(uint32_t id) override;
     SClass_ID SuperClassID() override { return REF_MAKER_CLASS_ID; }
     void GetClassName(TSTR& s) override;
     int NumRefs() override { return KnotCount(); }
@@ -181,6 +189,8 @@ private:
     void InsertKnot(int index, CurveKnot* knot);
     void RemoveKnot(int index);
     void RemoveAllKnots();
+    /// Puts `knots` in place of all knots; one message to the dependents.
+    void ReplaceKnots(const std::vector<CurveShapeKnot>& knots);
     void SetSlotCount(int n);
     /// Evaluates all knots at `t` and fits the shape.
     void Rebuild(TimeValue t);

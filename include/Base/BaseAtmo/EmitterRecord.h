@@ -31,8 +31,8 @@ private:
     Kept Copy(TimeValue t);
 
     INode* node_;
-    Kept kept_[2]; ///< of the current time and of the fixing frame, which alternate
-    int older_ = 0;
+    Kept kept_[2];  ///< of the current time and of the fixing frame, which alternate
+    int older_ = 0; ///< the one that was not asked for last
     bool complained_ = false;
 };
 

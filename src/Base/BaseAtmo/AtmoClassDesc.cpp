@@ -1,5 +1,6 @@
 #include "Base/BaseAtmo/AtmoClassDesc.h"
 
+#include "DebugTools/Assert.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "HairDLL/StringTable.h"
@@ -9,13 +10,18 @@ AtmoClassDesc::AtmoClassDesc(const AtmoClass& c) : class_(c) {
 }
 
 void* AtmoClassDesc::Create(bool loading) {
-    BaseAtmo* object = class_.make();
-    if (!loading) {
-        object->SetName(ClassName());
-        object->CreateMissingReferences();
-        HairRender::EnsureRendererInScene();
+    try {
+        std::unique_ptr<BaseAtmo> object(class_.make());
+        if (!loading) {
+            object->SetName(ClassName());
+            object->CreateMissingReferences();
+            HairRender::EnsureRendererInScene();
+        }
+        return static_cast<ReferenceTarget*>(object.release());
+    } catch (...) {
+        diag::ReportException("in creating an object");
+        return nullptr;
     }
-    return static_cast<ReferenceTarget*>(object);
 }
 
 const char* AtmoClassDesc::ClassName() {

@@ -5,6 +5,7 @@
 #include "Base/DumMtl.h"
 #include "Base/SurfDist/SurfDist.h"
 #include "CurveCtl/CurveCtl.h"
+#include "DebugTools/Assert.h"
 #include "HairDLL/StringTable.h"
 #include "sdk/core.h"
 
@@ -86,8 +87,14 @@ RefTargetHandle BaseAtmo::Clone(RemapDir& remap) {
     return copy;
 }
 
+// The material is on no node, so nobody else brings it to the time.
 int BaseAtmo::Update(TimeValue t, Interval& valid) {
-    UpdateAtTime(t, valid);
+    try {
+        UpdateAtTime(t, valid);
+        if (material_) material_->Update(t, valid);
+    } catch (...) {
+        diag::ReportException("in BaseAtmo::Update");
+    }
     return 1;
 }
 

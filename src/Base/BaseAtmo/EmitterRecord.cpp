@@ -50,14 +50,14 @@ NodeEmitter::Kept NodeEmitter::Copy(TimeValue t) {
 }
 
 std::shared_ptr<const Mesh> NodeEmitter::MeshAt(TimeValue t, Interval& valid) {
-    for (const Kept& kept : kept_) {
-        if (!kept.valid.InInterval(t)) continue;
-        valid &= kept.valid;
-        return kept.mesh;
+    int at = 0;
+    while (at < 2 && !kept_[at].valid.InInterval(t)) ++at;
+    if (at == 2) {
+        at = older_;
+        kept_[at] = Copy(t);
     }
-    Kept& slot = kept_[older_];
-    older_ = 1 - older_;
-    slot = Copy(t);
+    older_ = 1 - at;
+    const Kept& slot = kept_[at];
     valid &= slot.valid;
     return slot.mesh;
 }

@@ -11,10 +11,6 @@ enum Operation { kGetMapping, kSetMapping, kEstimateGeom };
 constexpr const char* kOperations[] = {"GetMapping", "SetMapping", "EstimateGeom"};
 constexpr int kLastMapping = MAX_MESHMAPS - 1;
 
-bool TakeArgs(const std::vector<ScriptValue>& args, size_t count, TSTR& error) {
-    return args.size() == count || ScriptProps::Fail(error, "expected " + std::to_string(count) + " arguments");
-}
-
 int Saturated(int64_t n) {
     return int(n > INT_MAX ? INT_MAX : n);
 }

@@ -154,7 +154,8 @@ protected:
         Set(*fur, pid_thickness, 0.2f);
         return fur;
     }
-    template <class T> static bool Set(BaseAtmo& atmo, int pid, T value) {
+    template <class T>
+    static bool Set(BaseAtmo& atmo, int pid, T value) {
         IParamBlock2* block = atmo.BlockOf(pid);
         return block && block->SetValue(ParamID(pid), 0, value);
     }

@@ -1,0 +1,2 @@
+# The built library is loaded as a host loads it.
+add_dependencies(${name} velmar_dlu)
