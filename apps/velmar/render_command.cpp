@@ -1,0 +1,137 @@
+// velmar render.
+
+#include <unistd.h>
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+#include "failure.h"
+#include "image/output_file.h"
+#include "image/write_picture.h"
+#include "interrupt.h"
+#include "progress.h"
+#include "render/process_usage.h"
+#include "scene/frame_list.h"
+#include "sdk/properties.h"
+
+namespace velmar {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Failures from here on are failed work, not bad input.
+template <class F>
+void Work(F&& f) {
+    try {
+        f();
+    } catch (const host::Error& e) {
+        throw Failure(kFailedWork, e.what());
+    }
+}
+
+class RenderRun {
+public:
+    RenderRun(const RenderOptions& options, Session& session)
+        : options_(options), session_(session), settings_(session.scene.render),
+          progress_(Kind(), int(options.frames.size()), [&session] { return Strands(session); }) {
+        if (options.width >= 0) settings_.width = options.width, settings_.height = options.height;
+        if (options.threads >= 0) settings_.threads = options.threads;
+        host::CheckFrameSettings(session.core, settings_);
+    }
+
+    int Run() {
+        const auto start = Clock::now();
+        for (size_t i = 0; i < options_.frames.size(); ++i)
+            if (!RenderOne(int(i))) return kInterrupted;
+        wallSeconds_ = std::chrono::duration<double>(Clock::now() - start).count();
+        if (!options_.stats.empty()) Work([&] { WriteStats(); });
+        return kDone;
+    }
+
+private:
+    static long Strands(const Session& session) { return session.RendererNumber("statsNumRendStrands"); }
+
+    ProgressKind Kind() const {
+        if (options_.farm) return ProgressKind::kFarm;
+        return !options_.quiet && isatty(STDERR_FILENO) ? ProgressKind::kTerminal : ProgressKind::kNone;
+    }
+
+    // False when the user asked to stop.
+    bool RenderOne(int index) {
+        host::Core& core = session_.core;
+        const int frame = options_.frames[size_t(index)];
+        const std::string file = host::FrameFileName(options_.output, frame);
+        settings_.time = frame * core.GetTicksPerFrame();
+        core.SetTime(settings_.time);
+        progress_.BeginFrame(index, frame);
+        SetPhase(Phase::kRendering);
+        host::FrameStats stats;
+        picture_.framesPerSecond = core.GetFrameRate();
+        const auto result = host::RenderFrame(core, settings_, &progress_, picture_, stats);
+        if (result == host::FrameResult::kAborted || Interrupted()) return false;
+        SetPhase(Phase::kWriting);
+        Work([&] { host::WritePicture(picture_, file); });
+        cpuSeconds_ += stats.cpuSeconds;
+        cameraSamples_ += stats.cameraSamples;
+        segments_ += stats.atmosphereSegments;
+        threads_ = stats.threads;
+        progress_.EndFrame(file);
+        return !Interrupted() || index + 1 == int(options_.frames.size());
+    }
+
+    // The renderer's own count when it offers one.
+    nlohmann::json Fragments() const {
+        ScriptValue value;
+        TSTR error;
+        IScriptProperties* const script = GetScriptProperties(session_.Renderer());
+        if (!script || !script->GetProperty("fragments", value, error)) return nullptr;
+        return value.kind == ScriptValue::kFloat ? nlohmann::json(value.f) : nlohmann::json(value.i);
+    }
+
+    void WriteStats() {
+        const nlohmann::ordered_json stats = {
+            {"strands", Strands(session_)},
+            {"fragments", Fragments()},
+            {"wall_s", wallSeconds_},
+            {"hair_s", session_.RendererNumber("statsHairTime") / 1000.0},
+            {"shadow_s", session_.RendererNumber("statsShadowTime") / 1000.0},
+            {"cpu_s", cpuSeconds_},
+            {"peak_rss_bytes", host::ProcessPeakRssBytes()},
+            {"hair_bytes", session_.RendererNumber("statsHairMem")},
+            {"camera_samples", cameraSamples_},
+            {"atmosphere_segments", segments_},
+            {"frames", options_.frames.size()},
+            {"width", settings_.width},
+            {"height", settings_.height},
+            {"threads", threads_},
+            {"version", VELMAR_VERSION},
+        };
+        const std::string text = stats.dump(2) + "\n";
+        host::OutputFile file(options_.stats);
+        file.Write(text.data(), text.size());
+        file.Commit();
+    }
+
+    const RenderOptions& options_;
+    Session& session_;
+    host::FrameSettings settings_;
+    Progress progress_;
+    host::Picture picture_;
+    double wallSeconds_ = 0, cpuSeconds_ = 0;
+    uint64_t cameraSamples_ = 0, segments_ = 0;
+    int threads_ = 0;
+};
+
+} // namespace
+
+int RunRender(const RenderOptions& options) {
+    // What cannot be written is better known before the work than after it.
+    host::CheckPictureOutput(host::FrameFileName(options.output, options.frames[0]));
+    if (!options.stats.empty()) host::OutputFile probe(options.stats);
+    Session session(options.open);
+    return RenderRun(options, session).Run();
+}
+
+} // namespace velmar

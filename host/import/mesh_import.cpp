@@ -1,0 +1,57 @@
+#include "import/mesh_import.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+namespace host {
+
+namespace {
+
+std::string LowerExtension(const std::string& path) {
+    std::string ext = std::filesystem::path(path).extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return ext;
+}
+
+void BringIntoScene(Mesh& mesh, const ImportOptions& options) {
+    for (Point3& p : mesh.verts) {
+        p = p * options.scale;
+        if (options.up == UpAxis::kY) p = {p.x, -p.z, p.y};
+    }
+    mesh.InvalidateGeomCache();
+}
+
+void CheckMesh(const std::string& file, const ImportedMesh& m) {
+    const auto bad = std::find_if_not(m.mesh.verts.begin(), m.mesh.verts.end(), IsFinite);
+    if (bad != m.mesh.verts.end())
+        FailAt(file, 0,
+               "vertex " + std::to_string(bad - m.mesh.verts.begin() + 1) + " of '" + m.name +
+                   "' is too far away, expected finite positions after scaling");
+}
+
+} // namespace
+
+std::vector<ImportedMesh> ImportMeshes(const std::string& path, const ImportOptions& options) {
+    using Import = std::vector<ImportedMesh> (*)(const std::string&, const std::string&);
+    const std::string ext = LowerExtension(path);
+    const Import import = ext == ".obj" ? ImportObj : ext == ".ply" ? ImportPly : ext == ".3ds" ? Import3ds : nullptr;
+    if (!import) FailAt(path, 0, "unknown mesh form '" + ext + "', expected .obj, .ply or .3ds");
+    std::vector<ImportedMesh> meshes = import(path, ReadWholeFile(path));
+    for (ImportedMesh& m : meshes) {
+        BringIntoScene(m.mesh, options);
+        CheckMesh(path, m);
+    }
+    return meshes;
+}
+
+int CountDegenerateFaces(const Mesh& mesh) {
+    int count = 0;
+    for (int f = 0; f < mesh.getNumFaces(); ++f) {
+        const int* const v = mesh.faces[size_t(f)].v;
+        if (v[0] == v[1] || v[1] == v[2] || v[2] == v[0] || mesh.FaceNormal(f) == Point3()) ++count;
+    }
+    return count;
+}
+
+} // namespace host

@@ -1,0 +1,242 @@
+#include "scene/key_table.h"
+
+namespace host {
+
+namespace {
+
+using enum KeyType;
+
+constexpr double kMost = 1e30;
+
+constexpr SceneKey kFile[] = {
+    {"scene", kTable, "", "", "what the scene holds", 0, 0, "scene"},
+    {"render", kTable, "", "", "how pictures are made", 0, 0, "render"},
+    {"camera", kTables, "", "", "cameras", 0, 0, "camera"},
+    {"light", kTables, "", "", "lights", 0, 0, "light"},
+    {"material", kTables, "", "", "materials", 0, 0, "material"},
+    {"map", kTables, "", "", "maps", 0, 0, "map"},
+    {"node", kTables, "", "", "settings of imported nodes, and nodes with simple shapes", 0, 0, "node"},
+    {"keys", kTables, "", "", "values over time", 0, 0, "keys"},
+    {"fur", kTables, "", "", "fur objects", 0, 0, "hair"},
+    {"hair", kTables, "", "", "hair objects", 0, 0, "hair"},
+};
+
+constexpr SceneKey kScene[] = {
+    {"import", kImports, "[]", "",
+     "mesh files (.obj, .ply, .3ds); nodes keep the files' names, and a file with one mesh answers to its file name "
+     "too",
+     0, 0, "import"},
+    {"search", kNames, "[]", "",
+     "folders where files are looked for that do not stand beside the scene; after them come those of the environment "
+     "variable VELMAR_PATH (separated by colons)"},
+    {"fps", kInteger, "30", "frames/s", "frame rate", 1, 4800},
+    {"range", kPair, "[0, 100]", "frames", "first and last frame"},
+    {"background", kColor, "[0, 0, 0]", "", "background colour"},
+    {"environment", kText, "\"\"", "", "name of a map shown behind everything"},
+    {"ambient", kColor, "[0, 0, 0]", "", "light that is everywhere"},
+};
+
+constexpr SceneKey kImport[] = {
+    {"file", kText, "", "", "the mesh file"},
+    {"scale", kNumber, "1.0", "", "scene units in a unit of the file", 1e-12, 1e12},
+    {"up", kChoice, "\"z\"", "", "the file's axis that points up; scenes are Z up", 0, 0, "y|z"},
+    {"name", kText, "\"\"", "", "name of the node, for files with one mesh"},
+};
+
+constexpr SceneKey kRender[] = {
+    {"width", kInteger, "640", "pixels", "picture width"},
+    {"height", kInteger, "480", "pixels", "picture height"},
+    {"camera", kText, "\"\"", "", "name of the camera; may be left out when there is only one"},
+    {"aspect", kNumber, "1.0", "", "a pixel's width by its height"},
+    {"threads", kInteger, "0", "", "render threads, 0 for as many as there are processors"},
+    {"samples", kInteger, "3", "", "pixels at edges take this number squared of camera samples"},
+    {"hair", kParameters, "", "", "parameters of the hair renderer"},
+};
+
+constexpr SceneKey kCamera[] = {
+    {"name", kText, "", "", "name of the camera"},
+    {"type", kChoice, "\"perspective\"", "", "projection", 0, 0, "perspective|orthographic"},
+    {"position", kPoint, "[0, 0, 0]", "", "place of the camera"},
+    {"target", kPoint, "", "",
+     "the point it looks at; a perspective camera gets the node NAME.target there. Without it the camera looks "
+     "straight down"},
+    {"fov", kNumber, "45.0", "degrees", "horizontal angle of a perspective view", 0.1, 175},
+    {"zoom", kNumber, "10.0", "", "scene units across the picture of an orthographic view", 1e-6, kMost},
+    {"near", kNumber, "", "", "clip range, from here", 0, kMost},
+    {"far", kNumber, "", "", "clip range, up to here", 0, kMost},
+};
+
+constexpr SceneKey kLight[] = {
+    {"name", kText, "", "", "name of the light"},
+    {"type", kChoice, "\"omni\"", "", "kind of light", 0, 0, "omni|spot|direct"},
+    {"on", kFlag, "true", "", "whether it shines"},
+    {"color", kColor, "[1, 1, 1]", "", "colour"},
+    {"multiplier", kNumber, "1.0", "", "strength", -kMost, kMost},
+    {"position", kPoint, "[0, 0, 0]", "", "place of the light"},
+    {"target", kPoint, "", "",
+     "the point it shines at, the node NAME.target. Without it the light shines straight down"},
+    {"hotspot", kNumber, "", "degrees", "full light inside this cone angle (spot) or radius (direct)", 0, kMost},
+    {"falloff", kNumber, "", "degrees", "no light outside this cone angle (spot) or radius (direct)", 0, kMost},
+    {"shadows", kFlag, "false", "", "whether it casts shadows"},
+    {"shadow_multiplier", kNumber, "1.0", "", "how much of a shadow counts", 0, 1},
+    {"affect_diffuse", kFlag, "true", "", "whether it lights surfaces"},
+    {"affect_specular", kFlag, "true", "", "whether it makes highlights"},
+    {"ambient_only", kFlag, "false", "", "whether it adds to the ambient light only"},
+    {"exclude", kNames, "[]", "", "nodes without this light"},
+    {"include", kNames, "[]", "", "the only nodes with this light"},
+};
+
+constexpr SceneKey kMaterial[] = {
+    {"name", kText, "", "", "name of the material"},
+    {"type", kChoice, "\"standard\"", "", "kind of material", 0, 0, "standard|multi"},
+    {"ambient", kColor, "", "", "colour in ambient light; the diffuse colour when left out"},
+    {"diffuse", kColor, "", "", "colour"},
+    {"specular", kColor, "", "", "colour of highlights"},
+    {"glossiness", kNumber, "", "", "sharpness of highlights", 0, 1},
+    {"specular_level", kNumber, "", "", "strength of highlights", 0, 10},
+    {"self_illumination", kNumber, "", "", "share of the colour that shines by itself", 0, 1},
+    {"opacity", kNumber, "", "", "1 is opaque", 0, 1},
+    {"maps", kTexts, "", "",
+     "maps by what they replace: diffuse, specular, glossiness, specular_level, self_illumination, opacity"},
+    {"materials", kNames, "[]", "", "a multi material's materials by material id; \"\" leaves one empty"},
+};
+
+constexpr SceneKey kMap[] = {
+    {"name", kText, "", "", "name of the map"},
+    {"type", kChoice, "\"bitmap\"", "", "kind of map", 0, 0, "bitmap|checker"},
+    {"file", kText, "", "", "a bitmap's picture"},
+    {"raw", kFlag, "false", "", "the picture's numbers as they stand, without decoding sRGB"},
+    {"repeat", kFlag, "true", "", "the picture repeats; else its border goes on"},
+    {"color1", kColor, "[0, 0, 0]", "", "a checker's first colour"},
+    {"color2", kColor, "[1, 1, 1]", "", "a checker's second colour"},
+    {"channel", kInteger, "1", "", "mapping channel", -2, 99},
+    {"tile", kPair, "[1, 1]", "", "repetitions along u and v"},
+    {"offset", kPair, "[0, 0]", "", "shift along u and v, in repetitions"},
+    {"projection", kChoice, "\"explicit\"", "",
+     "where coordinates come from: the channel, the view direction, or the place in the picture", 0, 0,
+     "explicit|sphere|screen"},
+};
+
+constexpr SceneKey kNode[] = {
+    {"name", kText, "", "", "name of the node; that of an imported node changes it"},
+    {"primitive", kChoice, "", "", "makes a new node with this shape, centred at its origin", 0, 0, "plane|sphere|box"},
+    {"size", kPoint, "[1, 1, 1]", "", "lengths of a plane or box along X, Y and Z"},
+    {"radius", kNumber, "1.0", "", "radius of a sphere", 1e-12, kMost},
+    {"segments", kInteger, "16", "", "divisions of a plane's or box's sides, or around a sphere", 1, 4096},
+    {"parent", kText, "\"\"", "", "node that this one moves with"},
+    {"position", kPoint, "[0, 0, 0]", "", "place"},
+    {"rotation", kPoint, "[0, 0, 0]", "degrees",
+     "turns about X, then Y, then Z, counter-clockwise as seen against the axis"},
+    {"scale", kPoint, "[1, 1, 1]", "", "factors along its own axes"},
+    {"material", kText, "\"\"", "", "name of its material"},
+    {"wire_color", kColor, "[0.6, 0.6, 0.6]", "", "colour without a material"},
+    {"visibility", kNumber, "1.0", "", "0 is invisible", 0, 1},
+    {"hidden", kFlag, "false", "", "hidden"},
+    {"frozen", kFlag, "false", "", "frozen"},
+    {"renderable", kFlag, "true", "", "whether it renders at all"},
+    {"primary_visibility", kFlag, "true", "", "whether cameras see it"},
+    {"secondary_visibility", kFlag, "true", "", "whether other rays see it"},
+    {"cast_shadows", kFlag, "true", "", "whether it casts shadows"},
+    {"receive_shadows", kFlag, "true", "", "whether it receives shadows"},
+    {"atmosphere", kFlag, "true", "", "whether atmospheric effects show in front of it"},
+    {"gbuffer_id", kInteger, "0", "", "G-buffer id", 0, 65535},
+    {"properties", kTexts, "", "", "user properties by name"},
+};
+
+constexpr SceneKey kKeys[] = {
+    {"node", kText, "", "", "name of the node to move"},
+    {"position", kRows, "[]", "", "[frame, x, y, z] for every key"},
+    {"rotation", kRows, "[]", "degrees", "[frame, x, y, z] for every key, as a node's rotation"},
+    {"scale", kRows, "[]", "", "[frame, x, y, z] for every key"},
+    {"object", kText, "", "",
+     "name of the object with the parameter: fur or hair, camera, light, material, map, or \"render\" for the hair "
+     "renderer"},
+    {"parameter", kText, "", "", "the parameter's internal or script name"},
+    {"values", kRows, "[]", "", "[frame, value] or [frame, red, green, blue] for every key"},
+    {"interpolation", kChoice, "\"linear\"", "", "how values go from key to key", 0, 0, "linear|constant"},
+};
+
+constexpr SceneKey kHair[] = {
+    {"name", kText, "", "", "name of the object"},
+    {"emitters", kNames, "[]", "", "nodes on which strands grow"},
+    {"material", kText, "\"\"", "", "name of the material that shades the strands"},
+    {"enabled", kFlag, "true", "", "whether it renders"},
+    {"map_channels", kIntegers, "[]", "",
+     "what the strands' mapping channels 0, 1, ... hold: -3 the emitter's vertex colours, -2 the strand's colour, -1 "
+     "around and along the strand, 0 nothing, 1 to 99 that channel of the emitter"},
+    {"params", kText, "", "", "parameter file, applied first"},
+    {"set", kParameters, "", "",
+     "parameters by internal or script name (upper and lower case are the same, _ stands for a space)"},
+    {"curve", kNamed, "", "",
+     "curves along the strands by parameter: thickness, curlRadius, curlTurns, dynWeight, dynHardness, dynInertia, "
+     "clumpShape",
+     0, 0, "curve"},
+    {"surface", kNamed, "", "",
+     "distributions over the emitter by parameter: length, density, thickness, leanAngle, leanDir, bendAmount, "
+     "bendDir, curlRadius, curlTurns, clumpAmount, clumpRadius, colBase, colTip, leanAbsolute, bendAbsolute, dirRand, "
+     "vdirRand",
+     0, 0, "surface"},
+    {"random", kNamed, "", "", "distributions of random values by parameter: length, thickness, colorH, colorS, colorV",
+     0, 0, "curve"},
+};
+
+constexpr SceneKey kCurve[] = {
+    {"enabled", kFlag, "true", "", "whether the curve counts"},
+    {"knots", kKnots, "[]", "",
+     "[x, y, \"smooth\" | \"corner\" | \"step\"] for every knot, x ascending from 0 to 1; the type may be left out "
+     "(smooth; corner at the ends)"},
+    {"noise", kFlag, "", "", "adds noise to the curve"},
+    {"noise_size", kNumber, "", "", "height of the noise", -kMost, kMost},
+    {"noise_density", kNumber, "", "", "waves of the noise along the curve", -kMost, kMost},
+    {"noise_phase", kNumber, "", "", "shift of the noise", -kMost, kMost},
+};
+
+constexpr SceneKey kSurface[] = {
+    {"enabled", kFlag, "true", "", "whether the distribution counts"},
+    {"source", kChoice, "\"map\"", "", "what it is read from", 0, 0, "material|map|channel"},
+    {"map", kText, "\"\"", "", "name of the map"},
+    {"channel_type", kChoice, "\"uvw\"", "", "kind of channel", 0, 0,
+     "uvw|colors|selection|weights|data|illumination|alpha"},
+    {"channel", kInteger, "", "", "number of a mapping or vertex data channel", 1, 99},
+    {"component", kChoice, "\"intensity\"", "", "component that counts", 0, 0, "intensity|red|green|blue|alpha"},
+    {"submaterial", kInteger, "", "", "number of the sub-material", 1, 65535},
+    {"final_shading", kFlag, "", "", "whether the material is shaded with the scene's lights"},
+};
+
+constexpr SceneSection kSections[] = {
+    {"file", "the scene file", "Every part may be left out.", kFile},
+    {"scene", "[scene]", "What the scene holds.", kScene},
+    {"import", "an entry of `import`", "A file name alone stands for { file = \"...\" }.", kImport},
+    {"render", "[render]",
+     "How pictures are made. [render.hair] sets parameters of the hair renderer by their own names.", kRender},
+    {"camera", "[[camera]]", "A camera.", kCamera},
+    {"light", "[[light]]", "A light.", kLight},
+    {"material", "[[material]]", "A material. Values left out keep the material's own defaults.", kMaterial},
+    {"map", "[[map]]", "A map.", kMap},
+    {"node", "[[node]]", "Settings of an imported node, or a new node with a simple shape.", kNode},
+    {"keys", "[[keys]]", "Values over time: the transform of a node, or a parameter of an object.", kKeys},
+    {"hair", "[[fur]], [[hair]]", "A fur object (short strands that lean and bend) or a hair object (long strands).",
+     kHair},
+    {"curve", "an entry of `curve` or `random`", "A curve.", kCurve},
+    {"surface", "an entry of `surface`", "A distribution over the emitter's surface.", kSurface},
+};
+
+} // namespace
+
+const SceneKey* SceneSection::Find(std::string_view key) const {
+    for (const SceneKey& k : keys)
+        if (key == k.name) return &k;
+    return nullptr;
+}
+
+std::span<const SceneSection> SceneSections() {
+    return kSections;
+}
+
+const SceneSection* FindSceneSection(std::string_view name) {
+    for (const SceneSection& s : kSections)
+        if (name == s.name) return &s;
+    return nullptr;
+}
+
+} // namespace host
