@@ -7,6 +7,7 @@
 #include <OpenImageIO/imageio.h>
 
 #include "core/error.h"
+#include "image/check_png.h"
 #include "image/color_encoding.h"
 #include "image/read_exr.h"
 
@@ -98,6 +99,7 @@ Image LoadImage(const std::string& path, bool raw) {
     if (!std::filesystem::is_regular_file(path, ec)) throw Error(path + ": cannot read: there is no such file");
     try {
         if (LowerExtension(path) == ".exr" || StartsLikeExr(path)) return ReadExr(path);
+        CheckPng(path);
         return ReadOther(path, raw);
     } catch (const Error&) {
         throw;

@@ -107,15 +107,16 @@ CameraView MakeCameraView(INode* node, TimeValue t, int width, int height, float
     return view;
 }
 
-void DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange) {
+bool DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange) {
     nearRange = 0;
     farRange = 1000;
     const Box3 box = world * view.worldToCam;
-    if (box.IsEmpty() || box.pmin.z >= 0.0f) return;
+    if (box.IsEmpty() || box.pmin.z >= 0.0f) return false;
     // Hair stands out from the surfaces: a tenth of the depth on both sides.
     const float margin = std::max((box.pmax.z - box.pmin.z) * 0.1f, -box.pmin.z * 1e-3f);
     nearRange = std::max(-box.pmax.z - margin, 0.0f);
     farRange = -box.pmin.z + margin;
+    return true;
 }
 
 } // namespace host

@@ -33,8 +33,9 @@ INode* FindCamera(Core& core, const std::string& name);
 /// The view of camera `node` at `t` on a picture.
 CameraView MakeCameraView(INode* node, TimeValue t, int width, int height, float aspect);
 
-/// Depth range that holds `world` (a box in world space) as `view` sees it, a little widened; 0..1000 when none of it
-/// lies in front of the camera. It sets how finely depths are told apart, so it is kept as short as the scene allows.
-void DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange);
+/// Depth range that holds `world` (a box in world space) as `view` sees it, a little widened; false and 0..1000 when
+/// none of it lies in front of the camera. It sets how finely depths are told apart, so it is kept as short as the
+/// scene allows.
+bool DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange);
 
 } // namespace host

@@ -71,6 +71,15 @@ void RenderContext::SetDepthRange() {
     }
     Box3 world;
     for (const auto& instance : instances_) world += instance->ObjectBox() * instance->objToWorld;
+    if (DepthRange(view_, world, nearRange, farRange)) return;
+    // Nothing that is rendered: hair may still grow on what is not.
+    for (Node* const node : core_.AllNodes()) {
+        Interval valid = FOREVER;
+        bool needDelete = false;
+        TriObject* const tri = GetTriObjectFromNode(node, time, valid, needDelete);
+        if (tri) world += tri->mesh.getBoundingBox() * node->GetObjectTM(time);
+        if (needDelete) tri->DeleteThis();
+    }
     DepthRange(view_, world, nearRange, farRange);
 }
 

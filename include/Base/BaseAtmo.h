@@ -16,6 +16,8 @@
 #include "sdk/atmos.h"
 #include "sdk/properties.h"
 
+struct GenerationRun;
+
 /// Size of the geometry that an object would produce.
 struct GeometryEstimate {
     int64_t vertices = 0, faces = 0, mappingVertices = 0, strands = 0, points = 0;
@@ -178,6 +180,7 @@ private:
 
     bool ShowsInPass(const EmitterRecord& e, int pass) const;
     int RenderEmitter(EmitterRecord& e, HRendBuf& buffer, int pass, uint32_t& unit);
+    bool PrepareEstimate(EmitterRecord& e, GenerationRun& run) const;
     void EstimateEmitter(EmitterRecord& e, GeometryEstimate& sum);
     ScriptValue ScriptEstimate();
 

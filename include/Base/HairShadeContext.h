@@ -15,6 +15,14 @@ public:
     bool Illuminate(ShadeContext& sc, const Point3& normal, Color& color, Point3& dir, float& dot_nl) override;
 };
 
+/// Position around a strand's cross section, worked out only when a map asks for it.
+class IAroundStrand {
+public:
+    virtual ~IAroundStrand() = default;
+    /// 0..1 around the strand at the point being shaded.
+    virtual float Around() = 0;
+};
+
 /// A point on a strand (or on an emitter) as materials, maps and lights see it.
 /// Each thread owns its context; setting one up allocates nothing.
 class HairShadeContext final : public ShadeContext {
@@ -29,6 +37,8 @@ public:
     /// `firstChannel` on (not copied).
     void SetPoint(const Point3& p, const Point3& pObj, const Point3& normal, const Point3& bary, const Point3* uvw,
                   int firstChannel, int channelCount, const Point2& screen, int mtlNum, int faceNumber, bool backFace);
+    /// Channels flagged in `mask` (one flag a channel of SetPoint) take their u from `around`; null: none does.
+    void SetAround(IAroundStrand* around, const char* mask) { around_ = around, aroundMask_ = mask; }
     void SetLights(int count, LightDesc* const* lights);
     void SetNode(INode* node, TimeValue t) { node_ = node, curTime_ = t; }
     void SetCurve(float curve) { curve_ = curve; }
@@ -83,6 +93,8 @@ private:
     Point3 p_, pObj_, v_, camPos_, dp_, bary_;
     const Point3* uvw_ = nullptr;
     int firstChannel_ = 0, channelCount_ = 0;
+    IAroundStrand* around_ = nullptr;
+    const char* aroundMask_ = nullptr;
     const Point3* duvw_ = nullptr;
     Point2 screen_;
     IPoint2 pixel_;

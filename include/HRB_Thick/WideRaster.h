@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "Base/HUtil/Simd.h"
 #include "HRB_Thick/WidthSamples.h"
 
 namespace RasterDetail {
@@ -86,7 +87,7 @@ public:
             float low = centre - half, high = centre + half;
             if (!start.Cut(m, low, high) || !end.Cut(m, low, high)) continue;
             const int n0 = ClampToInt(std::ceil(low), nLo, nHi + 1), n1 = ClampToInt(std::floor(high), nLo - 1, nHi);
-            for (int n = n0; n <= n1; ++n) Pixel(XMajor ? m : n, XMajor ? n : m);
+            for (int n = n0; n <= n1; n += 4) Pixels(m, n, std::min(4, n1 - n + 1));
         }
     }
 
@@ -118,20 +119,35 @@ private:
         float alongM_, alongN_, offset_, perN_;
     };
 
-    void Pixel(int x, int y) {
-        const float px = float(x) - ax_, py = float(y) - ay_;
-        const float d = (s_.dx * py - s_.dy * px) / s_.length;
-        const float place = (s_.dx * px + s_.dy * py) * perLength2_;
-        const float t = place > 0.0f ? (place < 1.0f ? place : 1.0f) : 0.0f;
-        const float h = s_.a.width / 2.0f + t * (s_.b.width - s_.a.width) / 2.0f;
+    // Four pixels of a row at once, of which the first `count` are drawn. Every lane is the scalar expression.
+    void Pixels(int m, int n, int count) {
+        const Float4 rowM = float(m);
+        const Float4 rowN(float(n), float(n + 1), float(n + 2), float(n + 3));
+        const Float4 x = XMajor ? rowM : rowN, y = XMajor ? rowN : rowM;
+        const Float4 px = x - Float4(ax_), py = y - Float4(ay_);
+        const Float4 dx = s_.dx, dy = s_.dy, zero = 0.0f, one = 1.0f;
+        const Float4 place = (dx * px + dy * py) * Float4(perLength2_);
+        const Float4 t = SelectPositive(place, SelectLess(place, one, place, one), zero);
+        const Float4 cx = x + Float4(0.5f), cy = y + Float4(0.5f);
+        const auto distance = [&](const EdgeLine& l) { return Float4(l.a) * cx + Float4(l.b) * cy + Float4(l.c); };
+        float d[4], at[4], h[4], fromStart[4], fromEnd[4];
+        ((dx * py - dy * px) / Float4(s_.length)).Store(d);
+        t.Store(at);
+        (Float4(s_.a.width / 2.0f) + t * Float4(s_.b.width - s_.a.width) / Float4(2.0f)).Store(h);
+        distance(s_.start).Store(fromStart);
+        distance(s_.end).Store(fromEnd);
+        for (int i = 0; i < count; ++i) {
+            if (!Inside(d[i], h[i], fromStart[i], fromEnd[i])) continue;
+            Emit(XMajor ? m : n + i, XMajor ? n + i : m, at[i], d[i], 2.0f * h[i],
+                 Coverage(d[i], h[i], fromStart[i], fromEnd[i]));
+        }
+    }
+
+    bool Inside(float d, float h, float fromStart, float fromEnd) const {
         const float radius = s_.radius;
-        if (!(std::fabs(d) < h + radius)) return;
-        const float cx = float(x) + 0.5f, cy = float(y) + 0.5f;
-        const float fromStart = s_.start.Distance(cx, cy), fromEnd = s_.end.Distance(cx, cy);
         // A pixel exactly on a joint belongs to the segment that starts there.
-        if (s_.first ? fromStart < -radius : fromStart < 0.0f) return;
-        if (s_.last ? fromEnd < -radius : fromEnd <= 0.0f) return;
-        Emit(x, y, t, d, 2.0f * h, Coverage(d, h, fromStart, fromEnd));
+        return std::fabs(d) < h + radius && !(s_.first ? fromStart < -radius : fromStart < 0.0f) &&
+               !(s_.last ? fromEnd < -radius : fromEnd <= 0.0f);
     }
 
     /// intended: one end factor a pixel, the root's before the tip's.

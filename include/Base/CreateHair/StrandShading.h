@@ -43,7 +43,7 @@ inline constexpr Class_ID HAIR_SHADER_CLASS_ID{0x4eac6307, 0x1ba16fc3};
 bool UsesHairShader(Mtl* material, int materialId);
 
 /// One thread's shading of strand points.
-class StrandShading {
+class StrandShading : private IAroundStrand {
 public:
     StrandShading(const ShadingSetup& setup, const HairParams& params);
     StrandShading(const StrandShading&) = delete;
@@ -68,14 +68,17 @@ private:
     Frame MakeFrame(const Point3& p, const Point3& tangent) const;
     void FillMapping(float u, float v);
     void SetU(float u);
+    float Around() override;
     void ShadeAt(const Point3& p, const Point3& normal, bool backFace, Color& color, float& opacity);
 
     const ShadingSetup& setup_;
     bool flat_;
     int samples_;
     float bias_;
-    std::vector<int> channels_; ///< strand mapping by output channel
-    bool wantsU_ = false;       ///< a channel shows the position around the strand
+    std::vector<int> channels_;     ///< strand mapping by output channel
+    std::vector<char> cylindrical_; ///< by output channel: shows the position around the strand
+    Point3 aroundNormal_, aroundSide_;
+    bool wantsU_ = false; ///< a channel shows the position around the strand
     StrandSurface strand_;
     bool hairShader_ = false;
     std::vector<signed char> shaderById_; ///< cache of UsesHairShader by material id: -1 unknown

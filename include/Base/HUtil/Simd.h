@@ -49,6 +49,10 @@ inline Float4 Sqrt(Float4 a) {
     return Float4(std::sqrt(a[0]), std::sqrt(a[1]), std::sqrt(a[2]), std::sqrt(a[3]));
 #endif
 }
+/// Lane by lane: `a` where l < r, else `b`.
+inline Float4 SelectLess(Float4 l, Float4 r, Float4 a, Float4 b) {
+    return l.v < r.v ? a.v : b.v;
+}
 /// Lane by lane: `a` where `test` is above zero, else `b`.
 inline Float4 SelectPositive(Float4 test, Float4 a, Float4 b) {
     return test.v > Float4(0.0f).v ? a.v : b.v;

@@ -152,13 +152,17 @@ int BaseAtmo::RenderStrands(HRendBuf& buffer) {
     return strands;
 }
 
-void BaseAtmo::EstimateEmitter(EmitterRecord& e, GeometryEstimate& sum) {
+bool BaseAtmo::PrepareEstimate(EmitterRecord& e, GenerationRun& run) const {
     RunRequest request;
     request.mode = GEN_ESTIMATE;
     request.params = &params_;
     request.control = &e.control;
+    return run.Prepare(request);
+}
+
+void BaseAtmo::EstimateEmitter(EmitterRecord& e, GeometryEstimate& sum) {
     GenerationRun run;
-    if (!run.Prepare(request)) return;
+    if (!PrepareEstimate(e, run)) return;
     StrandContext context(run, 0);
     DrawStrandCounts(run, context);
     Counter counter(sum, params_.Int(pid_geomSides));
@@ -193,16 +197,11 @@ bool BaseAtmo::Source::Update(TimeValue t) {
 int BaseAtmo::Source::StrandCount() {
     diag::ScopedLock lock(owner_.lock_);
     if (owner_.strandCount_ >= 0) return owner_.strandCount_;
-    GeometryEstimate sum;
     double expected = 0;
     for (const auto& e : owner_.emitters_) {
         if (!e || !owner_.ShowsInPass(*e, PASS_COLOR)) continue;
-        RunRequest request;
-        request.mode = GEN_ESTIMATE;
-        request.params = &owner_.params_;
-        request.control = &e->control;
         GenerationRun run;
-        if (!run.Prepare(request)) continue;
+        if (!owner_.PrepareEstimate(*e, run)) continue;
         for (const EmitterFace& f : run.faces)
             if (e->control.FaceSelected(f.face)) expected += double(f.strandCount);
     }

@@ -33,7 +33,8 @@ bool UsesHairShader(Mtl* material, int materialId) {
 StrandShading::StrandShading(const ShadingSetup& setup, const HairParams& params)
     : setup_(setup), flat_(params.Int(pid_crossSec) == 1), samples_(std::max(1, params.Int(pid_maxWidthSamples))),
       bias_(params.Float(pid_colBias)), channels_(params.mappingChannels), uvw_(params.mappingChannels.size()) {
-    wantsU_ = std::find(channels_.begin(), channels_.end(), int(STRANDMAP_CYLINDRICAL)) != channels_.end();
+    for (const int c : channels_) cylindrical_.push_back(c == STRANDMAP_CYLINDRICAL);
+    wantsU_ = std::find(cylindrical_.begin(), cylindrical_.end(), char(1)) != cylindrical_.end();
     objectToWorld_ = setup.objectTM;
     worldToCam_ = setup.view->worldToCam;
     camToWorld_ = setup.view->camToWorld;
@@ -107,6 +108,14 @@ void StrandShading::SetU(float u) {
         if (channels_[i] == STRANDMAP_CYLINDRICAL) uvw_[i].x = u;
 }
 
+// Around a round strand at its single sample, which faces the viewer.
+float StrandShading::Around() {
+    const Point3& o = strand_.orientation;
+    const float a = HairMath::Atan2(-DotProd(o, aroundNormal_), DotProd(o, aroundSide_));
+    const float u = (4.712389f - a) / HairMath::kTwoPi;
+    return u > 1.0f ? u - 1.0f : u;
+}
+
 void StrandShading::ShadeAt(const Point3& p, const Point3& normal, bool backFace, Color& color, float& opacity) {
     const Point2 screen = setup_.image->ClampToImage(setup_.image->MapCamToScreen(p));
     context_.out.Reset();
@@ -139,15 +148,15 @@ void StrandShading::ShadeSamples(const Point3& p, const Point3& tangent, float t
         }
         return;
     }
+    if (n == 1) {
+        aroundNormal_ = f.normal, aroundSide_ = f.side;
+        if (wantsU_) context_.SetAround(this, cylindrical_.data());
+        ShadeAt(p + f.normal * (thickness / 2.0f), f.contextNormal, f.backFace, colors[0], opacities[0]);
+        context_.SetAround(nullptr, nullptr);
+        return;
+    }
     const Point3& o = strand_.orientation;
     const float a = wantsU_ ? HairMath::Atan2(-DotProd(o, f.normal), DotProd(o, f.side)) : 0.0f;
-    if (n == 1) {
-        if (wantsU_) {
-            const float u = (4.712389f - a) / HairMath::kTwoPi;
-            SetU(u > 1.0f ? u - 1.0f : u);
-        }
-        return ShadeAt(p + f.normal * (thickness / 2.0f), f.contextNormal, f.backFace, colors[0], opacities[0]);
-    }
     for (int k = 0; k < n; ++k) {
         const float across = -1.0f + float(k) * (2.0f / float(n - 1));
         const float rest = 1.0f - across * across;

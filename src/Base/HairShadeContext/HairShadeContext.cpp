@@ -96,7 +96,9 @@ void HairShadeContext::ScreenUV(Point2& uv, Point2& duv) {
 
 Point3 HairShadeContext::UVW(int channel) {
     const int i = channel - firstChannel_;
-    return uvw_ && i >= 0 && i < channelCount_ ? uvw_[i] : Point3();
+    if (!uvw_ || i < 0 || i >= channelCount_) return Point3();
+    if (!around_ || !aroundMask_[i]) return uvw_[i];
+    return {around_->Around(), uvw_[i].y, uvw_[i].z};
 }
 
 Point3 HairShadeContext::DUVW(int channel) {

@@ -5,9 +5,9 @@
 
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "core/error.h"
+#include "folder_test.h"
 #include "image/color_encoding.h"
 #include "image/write_picture.h"
 
@@ -16,14 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class LoadImageTest : public testing::Test {
+class LoadImageTest : public FolderTest {
 protected:
-    void SetUp() override {
-        folder_ = fs::temp_directory_path() / ("velmar_load_" + std::to_string(getpid()));
-        fs::create_directories(folder_);
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
     std::string FailureOf(const std::string& path) const {
         try {
             LoadImage(path, false);
@@ -43,7 +37,6 @@ protected:
         EXPECT_TRUE(out->close());
         return Path(name);
     }
-    fs::path folder_;
 };
 
 TEST_F(LoadImageTest, EightBitColoursAreDecodedAndAlphaIsNot) {
@@ -101,6 +94,22 @@ TEST_F(LoadImageTest, BadFilesGiveOneLine) {
     EXPECT_EQ(FailureOf(Path("text.nothing")), Path("text.nothing") +
                                                    ": cannot read: unknown kind of picture, expected "
                                                    ".png, .jpg, .tif, .hdr or .exr");
+}
+
+TEST_F(LoadImageTest, DamagedPngFilesAreFoundBeforeTheyAreDecoded) {
+    const std::string path = Write<uint8_t>("d.png", 3, {1, 2, 3, 4, 5, 6});
+    std::ifstream in(path, std::ios::binary);
+    const std::string whole((std::istreambuf_iterator<char>(in)), {});
+    testing::internal::CaptureStderr();
+    for (size_t i = 8; i < whole.size(); ++i) {
+        std::string bytes = whole;
+        bytes[i] = char(bytes[i] ^ 0x20);
+        std::ofstream(path, std::ios::binary) << bytes;
+        ASSERT_EQ(FailureOf(path), path + ": cannot read: the .png file is damaged or cut off") << i;
+        std::ofstream(path, std::ios::binary) << whole.substr(0, i);
+        ASSERT_EQ(FailureOf(path), path + ": cannot read: the .png file is damaged or cut off") << i;
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), ""); // the library says nothing of its own
 }
 
 TEST_F(LoadImageTest, BrokenFilesNeverCrash) {

@@ -12,9 +12,9 @@
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include "core/error.h"
+#include "folder_test.h"
 #include "image/color_encoding.h"
 
 namespace host {
@@ -22,14 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class WritePictureTest : public testing::Test {
+class WritePictureTest : public FolderTest {
 protected:
-    void SetUp() override {
-        folder_ = fs::temp_directory_path() / ("velmar_write_" + std::to_string(getpid()));
-        fs::create_directories(folder_);
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
     int FilesThere() const {
         int n = 0;
         for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder_)) ++n;
@@ -55,7 +49,6 @@ protected:
         p.framesPerSecond = 24;
         return p;
     }
-    fs::path folder_;
 };
 
 std::vector<float> ReadChannel(const std::string& path, const char* name, float missing) {

@@ -143,6 +143,16 @@ TEST_F(ViewTest, DepthRangeHoldsTheSceneClosely) {
     EXPECT_EQ(probe.instances, 1);
 }
 
+TEST_F(ViewTest, UnrenderedMeshesGiveTheRangeWhenNothingElseDoes) {
+    AddCamera({0, 0, 10}, {0, 0, 0});
+    Node* const box = AddMesh("box", BoxMesh({-1, -1, -2}, {1, 1, 3}), nullptr);
+    box->SetRenderFlags(false, true, true, true, true);
+    Probe();
+    EXPECT_EQ(probe.instances, 0);
+    EXPECT_NEAR(probe.nearRange, 6.5f, 1e-4f);
+    EXPECT_NEAR(probe.farRange, 12.5f, 1e-4f);
+}
+
 TEST_F(ViewTest, AnEmptySceneHasTheUsualRange) {
     AddCamera({0, 0, 10}, {0, 0, 0});
     Probe();
