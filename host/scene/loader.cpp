@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/nearest_name.h"
+#include "scene/key_check.h"
 #include "scene/load_context.h"
 
 namespace host {
@@ -56,7 +57,8 @@ void LoadContext::AddObject(const SectionReader& reader, const std::string& name
 
 TimeValue LoadContext::Ticks(double frame) const {
     const double ticks = frame * core.GetTicksPerFrame();
-    if (!(std::abs(ticks) < 2e9)) throw Error("frame " + std::to_string(frame) + " is too far away");
+    if (!(std::abs(ticks) < 2e9))
+        throw Error("frame " + NumberText(frame) + " is too far away, expected an earlier one");
     return TimeValue(std::lround(ticks));
 }
 
