@@ -37,7 +37,8 @@ INode* LoadContext::NodeNamed(const std::string& name) {
     if (const auto at = aliases.find(name); at != aliases.end()) return at->second;
     std::vector<std::string> names;
     for (Node* const node : core.AllNodes()) names.emplace_back(node->GetName());
-    for (const auto& [alias, node] : aliases) names.push_back(alias);
+    for (const auto& [alias, node] : aliases)
+        if (alias != node->GetName()) names.push_back(alias);
     throw Error("unknown node " + Quoted(name) + ", expected " +
                 NearNames(name, names, "a node, but the scene has none"));
 }

@@ -1,2 +1,2 @@
-# The tests run the program itself.
+#The tests run the program itself.
 add_dependencies(${name} velmar velmar_dlu)

@@ -123,7 +123,7 @@ TEST_F(SceneHair, SaysWhatIsWrong) {
          "s.toml:5: node 'l' does not suit 'pid_emitters', expected another kind of object"},
         {Fur("params = 'a.fur'\n"), "s.toml:6: parameter files are not there yet, expected parameters in 'set'"},
         {Fur("[fur.set]\npid_lenght = 1\n"), "s.toml:7: unknown parameter 'pid_lenght' of 'coat', expected one like "
-                                             "'pid_length', 'pid_knots', 'pid_winds'"},
+                                             "'pid_length', 'pid_winds', 'pid_knots'"},
         {Fur("[fur.set]\n'lean absolute' = 1\n"),
          "s.toml:7: 'lean absolute' is the name of several parameters of 'coat', "
          "expected pid_fur_leanAbsolute or pid_fur_bendAbsolute"},

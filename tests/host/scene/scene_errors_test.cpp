@@ -98,7 +98,7 @@ TEST_F(SceneErrors, FilesAndNames) {
          "s.toml:5: 'exclude' cannot change over time, expected another parameter"},
         {"[[light]]\nname = 'a'\n[[keys]]\nobject = 'a'\nparameter = 'multiplyer'\nvalues = [[0, 1]]\n",
          "s.toml:5: unknown parameter 'multiplyer' of 'a', expected one like 'multiplier', 'shadowMultiplier', "
-         "'falloff'"},
+         "'color'"},
         {"[[fur]]\nname = 'a'\n", "s.toml:1: fur objects cannot be made, expected a plug-in library with them"},
         {"[render.hair]\nx = 1\n", "s.toml:1: there is no hair renderer, expected a plug-in library with one"},
     };

@@ -41,15 +41,17 @@ std::string Damage(std::string text) {
     return text;
 }
 
+class SceneFuzz : public scene_test::SceneTest {};
+
 } // namespace
 
-RC_GTEST_PROP(SceneFuzz, Toml, ()) {
+RC_GTEST_PROP(TomlFuzz, Text, ()) {
     const std::string text = Damage(kScene);
     const std::string problem = scene_test::ErrorOf([&] { ParseToml("f", text); });
     RC_ASSERT(problem.find('\n') == std::string::npos);
 }
 
-RC_GTEST_FIXTURE_PROP(scene_test::SceneTest, Loading, ()) {
+RC_GTEST_FIXTURE_PROP(SceneFuzz, Loading, ()) {
     core.ResetScene();
     const std::string problem = scene_test::ErrorOf([&] { Load(Damage(kScene)); });
     RC_ASSERT(problem.find('\n') == std::string::npos);
