@@ -45,7 +45,7 @@ void SetClip(const SectionReader& reader, IParamBlock2* block) {
 }
 
 void LoadCamera(LoadContext& context, const SectionReader& reader) {
-    auto* const camera = new TargetCamera;
+    auto* const camera = context.core.Adopt(new TargetCamera);
     const bool ortho = reader.Choice("type") == 1;
     Node* const node = NewNode(context, reader, camera);
     IParamBlock2* const block = camera->Params();
@@ -71,7 +71,7 @@ void SetNodeList(LoadContext& context, const SectionReader& reader, const char* 
 void LoadLight(LoadContext& context, const SectionReader& reader) {
     constexpr LightType kTypes[] = {OMNI_LGT, SPOT_LGT, DIRECT_LGT};
     const LightType type = kTypes[reader.Choice("type")];
-    auto* const light = new Light(type);
+    auto* const light = context.core.Adopt(new Light(type));
     Node* const node = NewNode(context, reader, light);
     IParamBlock2* const block = light->Params();
     block->SetValue(kLightOn, 0, reader.Flag("on") ? 1 : 0);
