@@ -28,7 +28,7 @@ struct ImportedMesh {
 /// Reads a mesh file; the extension chooses the form (.obj, .ply, .3ds).
 ///
 /// .obj: vertices and faces in the order of the file, a mesh for every `o`; `g` gives named face sets, `usemtl`
-/// material ids in the order of first use, vt mapping channel 1, vertex colours channel 0. Smoothing comes from `s`; a
+/// material ids in the order of first use, vt (u and v) mapping channel 1, vertex colours channel 0. Smoothing comes from `s`; a
 /// file without `s` is smooth where neighbouring faces have the same normals (vn), all over when it has none. .ply:
 /// ascii and binary; colours into channel 0, texture coordinates into channel 1; smooth all over. .3ds: a mesh for
 /// every object, vertices welded by position, mapping kept on its own vertices; smooth where neighbouring faces have

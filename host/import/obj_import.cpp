@@ -82,10 +82,8 @@ private:
         MeshMap& map = mesh_.maps[1];
         const size_t count = attrib_.texcoords.size() / 2;
         map.tv.reserve(count + 1);
-        for (size_t i = 0; i < count; ++i) {
-            const float w = i < attrib_.texcoord_ws.size() ? attrib_.texcoord_ws[i] : 0.0f;
-            map.tv.push_back({attrib_.texcoords[2 * i], attrib_.texcoords[2 * i + 1], w});
-        }
+        for (size_t i = 0; i < count; ++i)
+            map.tv.push_back({attrib_.texcoords[2 * i], attrib_.texcoords[2 * i + 1], 0});
         map.tf = std::move(mapFaces_);
         for (TVFace& face : map.tf)
             for (int& t : face.t)

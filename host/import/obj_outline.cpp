@@ -81,7 +81,7 @@ private:
             geometry = false;
             ScanName(key, rest);
         }
-        if (geometry) out_.geometry.append(Trimmed(line)).push_back('\n');
+        if (geometry) out_.geometry.append(Trimmed(line.substr(0, line.find('#')))).push_back('\n');
     }
 
     void ScanName(std::string_view key, std::string_view rest) {

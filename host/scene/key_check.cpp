@@ -1,8 +1,8 @@
 #include "scene/key_check.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 
 #include "import/file_error.h"
 #include "import/text_scan.h"
@@ -84,9 +84,13 @@ bool HasType(const SceneKey& key, const TomlValue& value) {
 } // namespace
 
 std::string NumberText(double v) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.9g", v);
-    return text;
+    // Zeros are clearer than powers of ten where there are few.
+    const bool plain = v == 0 || (std::abs(v) >= 1e-4 && std::abs(v) < 1e12);
+    const std::chars_format format = plain ? std::chars_format::fixed : std::chars_format::general;
+    char text[64];
+    char* const end = double(float(v)) == v ? std::to_chars(text, text + sizeof text, float(v), format).ptr
+                                            : std::to_chars(text, text + sizeof text, v, format).ptr;
+    return std::string(text, end);
 }
 
 bool IsNumberList(const TomlValue& value, size_t count) {

@@ -12,7 +12,7 @@ namespace host {
 void CheckKeyValue(const std::string& file, const SceneKey& key, const TomlValue& value);
 /// True for a list of `count` finite numbers.
 bool IsNumberList(const TomlValue& value, size_t count);
-/// A number for messages.
+/// The shortest text that reads back as the number (as a 32-bit float where it is one).
 std::string NumberText(double v);
 
 } // namespace host

@@ -18,10 +18,10 @@ const TomlValue& TableOf(const LoadContext& context, const char* key) {
 void SetRange(LoadContext& context, const SectionReader& reader) {
     const auto [first, last] = reader.Pair("range");
     if (last < first) reader.FailAtKey("range", "'range' ends before it begins, expected [first, last]");
-    context.scene.firstFrame = int(first);
-    context.scene.lastFrame = int(last);
     context.At(reader.LineOf("range"),
                [&] { context.core.SetAnimRange(Interval(context.Ticks(double(first)), context.Ticks(double(last)))); });
+    context.scene.firstFrame = int(first);
+    context.scene.lastFrame = int(last);
 }
 
 } // namespace

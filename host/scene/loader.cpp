@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/nearest_name.h"
+#include "scene/key_check.h"
 #include "scene/load_context.h"
 
 namespace host {
@@ -36,7 +37,8 @@ INode* LoadContext::NodeNamed(const std::string& name) {
     if (const auto at = aliases.find(name); at != aliases.end()) return at->second;
     std::vector<std::string> names;
     for (Node* const node : core.AllNodes()) names.emplace_back(node->GetName());
-    for (const auto& [alias, node] : aliases) names.push_back(alias);
+    for (const auto& [alias, node] : aliases)
+        if (alias != node->GetName()) names.push_back(alias);
     throw Error("unknown node " + Quoted(name) + ", expected " +
                 NearNames(name, names, "a node, but the scene has none"));
 }
@@ -56,7 +58,8 @@ void LoadContext::AddObject(const SectionReader& reader, const std::string& name
 
 TimeValue LoadContext::Ticks(double frame) const {
     const double ticks = frame * core.GetTicksPerFrame();
-    if (!(std::abs(ticks) < 2e9)) throw Error("frame " + std::to_string(frame) + " is too far away");
+    if (!(std::abs(ticks) < 2e9))
+        throw Error("frame " + NumberText(frame) + " is too far away, expected an earlier one");
     return TimeValue(std::lround(ticks));
 }
 

@@ -174,7 +174,7 @@ ParamPlace FindParam(Animatable* object, const std::string& objectName, const st
     std::vector<std::string> known, same;
     for (const ParamPlace& p : all) {
         known.push_back(p.def->intName);
-        if (!p.def->name.empty()) known.push_back(p.def->name);
+        if (!p.def->name.empty() && p.def->name != p.def->intName) known.push_back(p.def->name);
         if (p.def->name.empty() || !SameParamName(p.def->name, name)) continue;
         found.push_back(p);
         same.push_back(p.def->intName);

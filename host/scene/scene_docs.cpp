@@ -41,19 +41,26 @@ A key without a default may be left out; what it would set then keeps its own de
 )";
 
 // Text for a cell of a Markdown table.
-std::string Cell(std::string text) {
-    for (size_t i = 0; (i = text.find('|', i)) != std::string::npos; i += 2) text.insert(i, "\\");
-    return text;
+void AppendCell(std::string_view text, const char* quote, std::string& out) {
+    out.append(" ").append(quote);
+    for (const char c : text) {
+        if (c == '|') out.push_back('\\');
+        out.push_back(c);
+    }
+    out.append(quote).append(" |");
 }
 
 void AppendSection(const SceneSection& section, std::string& out) {
     out.append("\n## ").append(section.title).append("\n\n").append(section.text).append("\n\n");
     out.append("| key | value | default | unit | meaning |\n|---|---|---|---|---|\n");
     for (const SceneKey& key : section.keys) {
-        const std::string value = key.defaultText;
-        out.append("| `").append(key.name).append("` | ").append(Cell(ExpectedText(key)));
-        out.append(" | ").append(value.empty() ? "" : "`" + Cell(value) + "`");
-        out.append(" | ").append(key.unit).append(" | ").append(Cell(key.text)).append(" |\n");
+        out.append("|");
+        AppendCell(key.name, "`", out);
+        AppendCell(ExpectedText(key), "", out);
+        AppendCell(key.defaultText, *key.defaultText ? "`" : "", out);
+        AppendCell(key.unit, "", out);
+        AppendCell(key.text, "", out);
+        out.append("\n");
     }
 }
 

@@ -6,6 +6,7 @@
 #include <toml++/toml.h>
 
 #include "import/file_error.h"
+#include "scene/key_check.h"
 #include "scene/toml_guard.h"
 #include "scene/toml_value.h"
 
@@ -72,11 +73,8 @@ std::string DescribeToml(const TomlValue& value) {
         return "the text " + Quoted(value.text);
     case TomlValue::kInteger:
         return std::to_string(value.integer);
-    case TomlValue::kFloat: {
-        char text[40];
-        std::snprintf(text, sizeof text, "%.9g", value.number);
-        return text;
-    }
+    case TomlValue::kFloat:
+        return NumberText(value.number);
     case TomlValue::kBool:
         return value.flag ? "true" : "false";
     case TomlValue::kArray:

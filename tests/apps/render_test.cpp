@@ -1,0 +1,88 @@
+// velmar render: files, statistics, progress, interruption.
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "run_program.h"
+
+using namespace apps_test;
+
+using Render = ProgramTest;
+
+TEST_F(Render, WritesThePictureAndNothingElse) {
+    const RunResult r = Run({"render", "good.toml", "-o", "a.png"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(r.err, ""); // no terminal, no progress
+    EXPECT_EQ(Names(), (std::vector<std::string>{"a.png", "good.toml", "quad.obj"}));
+    EXPECT_EQ(FileText(folder_ + "/a.png").substr(1, 3), "PNG");
+}
+
+TEST_F(Render, FramesGetTheirNames) {
+    EXPECT_EQ(Run({"render", "good.toml", "-o", "a.#.png", "--frames", "-1-1x2,7"}).status, 0);
+    EXPECT_TRUE(Exists("a.-001.png"));
+    EXPECT_TRUE(Exists("a.0001.png"));
+    EXPECT_TRUE(Exists("a.0007.png"));
+    EXPECT_FALSE(Exists("a.0000.png"));
+    EXPECT_EQ(Run({"render", "-f", "3", "-o", "b%02d.exr", "good.toml"}).status, 0); // options anywhere
+    EXPECT_TRUE(Exists("b03.exr"));
+}
+
+TEST_F(Render, StatisticsAreOneFlatObject) {
+    EXPECT_EQ(
+        Run({"render", "good.toml", "-o", "a.png", "--size", "40x30", "--threads", "1", "--stats", "s.json"}).status,
+        0);
+    const auto stats = nlohmann::json::parse(FileText(folder_ + "/s.json"));
+    for (const char* const key : {"strands", "wall_s", "hair_s", "shadow_s", "peak_rss_bytes", "fragments"})
+        EXPECT_TRUE(stats.contains(key)) << key;
+    for (const auto& [key, value] : stats.items()) EXPECT_TRUE(value.is_primitive()) << key;
+    EXPECT_GT(stats["strands"], 100);
+    EXPECT_GT(stats["wall_s"], 0.0);
+    EXPECT_GT(stats["peak_rss_bytes"], 1000000);
+    EXPECT_EQ(stats["width"], 40);
+    EXPECT_EQ(stats["height"], 30);
+    EXPECT_EQ(stats["threads"], 1);
+}
+
+TEST_F(Render, SetChangesThePicture) {
+    EXPECT_EQ(Run({"render", "good.toml", "-o", "a.png"}).status, 0);
+    EXPECT_EQ(
+        Run({"render", "good.toml", "-o", "b.png", "--set", "coat.pid_length=1.0", "--set", "key.multiplier=2"}).status,
+        0);
+    EXPECT_EQ(Run({"render", "good.toml", "-o", "c.png"}).status, 0);
+    EXPECT_NE(FileText(folder_ + "/a.png"), FileText(folder_ + "/b.png"));
+    EXPECT_EQ(FileText(folder_ + "/a.png"), FileText(folder_ + "/c.png"));
+}
+
+TEST_F(Render, FarmProgressRisesToHundred) {
+    const RunResult r = Run({"render", "good.toml", "-o", "a##.png", "--frames", "1-2", "--progress", "farm"});
+    EXPECT_EQ(r.status, 0);
+    std::istringstream lines(r.out);
+    int last = -1;
+    for (std::string line; std::getline(lines, line);) {
+        int percent = -1;
+        ASSERT_EQ(std::sscanf(line.c_str(), "ALF_PROGRESS %d%%", &percent), 1) << line;
+        EXPECT_GT(percent, last);
+        last = percent;
+    }
+    EXPECT_EQ(last, 100);
+    EXPECT_EQ(r.err, "");
+}
+
+TEST_F(Render, AnInterruptionEndsWithinASecond) {
+    Write("long.toml", std::string(kGood) + "pid_bezierSteps = 50\n[[node]]\nname = 'quad'\n");
+    const auto before = Names();
+    for (const int wait : {20, 300, 700}) {
+        const pid_t child = Start(
+            {"render", "long.toml", "-o", "a.png", "--size", "2000x2000", "--set", "coat.pid_densPerArea=1000000.0"});
+        std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+        const auto start = std::chrono::steady_clock::now();
+        kill(child, SIGINT);
+        const RunResult r = Finish(child);
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        // Before the program looks after signals, the signal itself ends it.
+        EXPECT_TRUE(r.status == 130 || (wait < 100 && r.status == -1)) << r.status << " after " << wait;
+        EXPECT_LT(seconds, 1.2) << wait;
+        EXPECT_EQ(Names(), before);
+    }
+}

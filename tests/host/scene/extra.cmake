@@ -1,0 +1,2 @@
+target_link_libraries(${name} PRIVATE velmar_host_scene velmar_host_render rapidcheck)
+add_dependencies(${name} velmar_dlu)

@@ -1,0 +1,58 @@
+// Damaged scenes never crash the loader: they load or give one line.
+
+#include "scene_fixture.h"
+
+#include <rapidcheck/gtest.h>
+
+#include "scene/toml_value.h"
+
+using namespace host;
+
+namespace {
+
+const std::string kScene =
+    "[scene]\nfps = 24\nrange = [0, 10]\nbackground = [0.1, 0.2, 0.3] # grey\n[render]\nwidth = 64\ncamera = \"c\"\n"
+    "[[camera]]\nname = 'c'\nposition = [1, 2, 3]\ntarget = [0, 0, 0]\nfov = 40.5\n[[light]]\nname = \"l\"\ntype = "
+    "'spot'\n"
+    "shadows = true\nexclude = ['n']\n[[map]]\nname = 'k'\ntype = 'checker'\n[[material]]\nname = 'm'\n"
+    "maps = {diffuse = 'k'}\n[[material]]\nname = 'mm'\ntype = 'multi'\nmaterials = ['m']\n[[node]]\nname = 'n'\n"
+    "primitive = 'plane'\nsegments = 2\nmaterial = 'mm'\nproperties = {a = 1}\n[[keys]]\nnode = 'n'\n"
+    "position = [[0, 0, 0, 0], [5, 1, 1, 1]]\n[[keys]]\nobject = 'l'\nparameter = 'multiplier'\nvalues = [[0, 1]]\n";
+
+std::string Damage(std::string text) {
+    const int changes = *rc::gen::inRange(0, 6);
+    for (int i = 0; i < changes && !text.empty(); ++i)
+        text[*rc::gen::inRange<size_t>(0, text.size())] =
+            *rc::gen::oneOf(rc::gen::arbitrary<char>(), rc::gen::elementOf(std::string("0129-+.e_[]{}='\",#\n tf")));
+    const size_t at = *rc::gen::inRange<size_t>(0, text.size() + 1), length = *rc::gen::inRange<size_t>(0, 40);
+    switch (*rc::gen::inRange(0, 4)) {
+    case 0:
+        text.resize(at);
+        break;
+    case 1:
+        text.erase(at, length);
+        break;
+    case 2:
+        text.insert(at, text.substr(at, length));
+        break;
+    default:
+        break;
+    }
+    return text;
+}
+
+class SceneFuzz : public scene_test::SceneTest {};
+
+} // namespace
+
+RC_GTEST_PROP(TomlFuzz, Text, ()) {
+    const std::string text = Damage(kScene);
+    const std::string problem = scene_test::ErrorOf([&] { ParseToml("f", text); });
+    RC_ASSERT(problem.find('\n') == std::string::npos);
+}
+
+RC_GTEST_FIXTURE_PROP(SceneFuzz, Loading, ()) {
+    core.ResetScene();
+    const std::string problem = scene_test::ErrorOf([&] { Load(Damage(kScene)); });
+    RC_ASSERT(problem.find('\n') == std::string::npos);
+}
