@@ -6,6 +6,10 @@
 #include <exception>
 #include <new>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include "commands.h"
 #include "core/host_log.h"
 #include "failure.h"
@@ -173,5 +177,9 @@ int Main(int argc, char** argv) {
 } // namespace velmar
 
 int main(int argc, char** argv) {
+#if defined(__GLIBC__)
+    // A picture's large arrays come and go bucket by bucket: they are given back to the system at once, not kept.
+    mallopt(M_MMAP_THRESHOLD, 64 * 1024);
+#endif
     return velmar::Main(argc, argv);
 }

@@ -4,10 +4,9 @@
 #include <cctype>
 #include <filesystem>
 
-#include <OpenImageIO/imageio.h>
-
 #include "core/error.h"
 #include "image/check_png.h"
+#include "image/codecs.h"
 #include "image/color_encoding.h"
 #include "image/read_exr.h"
 
@@ -37,14 +36,6 @@ void Spread(const std::vector<T>& in, int n, T opaque, std::vector<T>& out) {
     }
 }
 
-template <class T>
-std::vector<T> ReadPixels(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int channels, const std::string& path) {
-    std::vector<T> pixels(size_t(spec.width) * size_t(spec.height) * size_t(channels));
-    if (!input.read_image(0, 0, 0, channels, OIIO::BaseTypeFromC<T>::value, pixels.data()))
-        throw Error(path + ": cannot read: " + input.geterror());
-    return pixels;
-}
-
 std::string LowerExtension(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     for (char& c : extension) c = char(std::tolower(static_cast<unsigned char>(c)));
@@ -64,23 +55,15 @@ bool StartsLikeExr(const std::string& path) {
 } // namespace
 
 Image ReadOther(const std::string& path, bool raw) {
-    OIIO::ImageSpec config;
-    config.attribute("oiio:UnassociatedAlpha", 1); // colour as it stands, not multiplied by alpha
-    auto input = OIIO::ImageInput::create(path);
-    OIIO::ImageSpec spec;
-    if (!input || input->format_name() == std::string("openexr"))
-        throw Error(path + ": cannot read: unknown kind of picture, expected .png, .jpg, .tif, .hdr or .exr");
-    if (!input->open(path, spec, config)) throw Error(path + ": cannot read: " + input->geterror());
-    CheckImageSize(path, spec.width, spec.height);
-    if (spec.nchannels < 1 || spec.depth > 1) throw Error(path + ": cannot read: this is no flat picture");
-    const int channels = std::min(spec.nchannels, 4);
-
+    RawImage file;
+    std::string error;
+    if (!GetCodecs().readImage(path, CheckImageSize, file, error)) throw Error(path + ": cannot read: " + error);
     Image image;
-    image.width_ = spec.width;
-    image.height_ = spec.height;
-    const bool whole = !spec.format.is_floating_point(), decode = whole && channels >= 3 && !raw;
-    if (spec.format == OIIO::TypeDesc::UINT8) {
-        Spread(ReadPixels<uint8_t>(*input, spec, channels, path), channels, uint8_t(255), image.bytes_);
+    image.width_ = file.width;
+    image.height_ = file.height;
+    const bool decode = file.wholeNumbers && file.channels >= 3 && !raw;
+    if (!file.bytes.empty()) {
+        Spread(file.bytes, file.channels, uint8_t(255), image.bytes_);
         image.decode_.resize(256);
         for (int i = 0; i < 256; ++i) {
             const float v = float(i) / 255.0f;
@@ -88,7 +71,7 @@ Image ReadOther(const std::string& path, bool raw) {
         }
         return image;
     }
-    Spread(ReadPixels<float>(*input, spec, channels, path), channels, 1.0f, image.floats_);
+    Spread(file.floats, file.channels, 1.0f, image.floats_);
     for (size_t i = 0; decode && i < image.floats_.size(); ++i)
         if (i % 4 != 3) image.floats_[i] = SrgbToLinear(image.floats_[i]);
     return image;

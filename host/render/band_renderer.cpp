@@ -1,5 +1,6 @@
 #include "render/band_renderer.h"
 
+#include "render/effect_progress.h"
 #include <algorithm>
 #include <cmath>
 #include <thread>
@@ -39,6 +40,7 @@ BandRenderer::BandRenderer(Core& core, RenderContext& render, const FrameSetting
     : core_(core), render_(render), settings_(settings), threads_(threads), out_(out), progress_(progress) {}
 
 bool BandRenderer::Run() {
+    const EffectProgress effects(core_, progress_, linesDone_, settings_.height);
     std::vector<std::thread> others;
     for (int i = 1; i < threads_; ++i) others.emplace_back([this] { Work(); });
     Work();

@@ -48,7 +48,7 @@ private:
     std::atomic<uint64_t> samples_{0}, segments_{0};
     std::mutex mutex_; ///< guards what follows and the progress
     std::exception_ptr error_;
-    int linesDone_ = 0;
+    std::atomic<int> linesDone_{0};
 };
 
 } // namespace host

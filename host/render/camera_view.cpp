@@ -38,17 +38,14 @@ Matrix3 Rigid(const Matrix3& tm) {
     return {x, CrossProd(z, x), z, tm.GetTrans()};
 }
 
+// The depth range: the clip range when it is set by hand, else the environment ranges.
 void SetClip(const CameraState& state, CameraView& view) {
-    const CameraState usual;
     if (state.manualClip && state.yon > state.hither) {
         view.hither = std::max(state.hither, 0.0f);
         view.yon = state.yon;
-        view.hasRange = true;
         view.nearRange = view.hither;
         view.farRange = view.yon;
-    } else if ((state.nearRange != usual.nearRange || state.farRange != usual.farRange) &&
-               state.farRange > state.nearRange) {
-        view.hasRange = true;
+    } else if (state.farRange > state.nearRange) {
         view.nearRange = state.nearRange;
         view.farRange = state.farRange;
     }
@@ -105,18 +102,6 @@ CameraView MakeCameraView(INode* node, TimeValue t, int width, int height, float
     view.yscale = -aspect * view.xscale;
     SetClip(state, view);
     return view;
-}
-
-bool DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange) {
-    nearRange = 0;
-    farRange = 1000;
-    const Box3 box = world * view.worldToCam;
-    if (box.IsEmpty() || box.pmin.z >= 0.0f) return false;
-    // Hair stands out from the surfaces: a tenth of the depth on both sides.
-    const float margin = std::max((box.pmax.z - box.pmin.z) * 0.1f, -box.pmin.z * 1e-3f);
-    nearRange = std::max(-box.pmax.z - margin, 0.0f);
-    farRange = -box.pmin.z + margin;
-    return true;
 }
 
 } // namespace host

@@ -18,8 +18,7 @@ struct CameraView {
     Matrix3 camToWorld, worldToCam;
     float xscale = 1, yscale = 1, xc = 0, yc = 0;
     float hither = 0, yon = 1e30f; ///< surfaces nearer or farther than this are not seen
-    bool hasRange = false;         ///< the camera names its depth range itself
-    float nearRange = 0, farRange = 1000;
+    float nearRange = 0, farRange = 1000; ///< scale of depths: what is told apart is a share of its length
 
     /// Start and direction of the ray through a screen position, camera space; the direction's z is -1, so that
     /// distances in its units are depths.
@@ -32,10 +31,5 @@ INode* FindCamera(Core& core, const std::string& name);
 
 /// The view of camera `node` at `t` on a picture.
 CameraView MakeCameraView(INode* node, TimeValue t, int width, int height, float aspect);
-
-/// Depth range that holds `world` (a box in world space) as `view` sees it, a little widened; false and 0..1000 when
-/// none of it lies in front of the camera. It sets how finely depths are told apart, so it is kept as short as the
-/// scene allows.
-bool DepthRange(const CameraView& view, const Box3& world, float& nearRange, float& farRange);
 
 } // namespace host

@@ -32,7 +32,8 @@ RenderContext::RenderContext(Core& core, const FrameSettings& settings, const Ca
     for (Node* const node : core.AllNodes()) AddInstance(node);
     for (const auto& instance : instances_) instance->AddTo(rays_);
     rays_.Commit();
-    SetDepthRange();
+    nearRange = view_.nearRange;
+    farRange = view_.farRange;
 }
 
 RenderContext::~RenderContext() {
@@ -61,26 +62,6 @@ void RenderContext::AddInstance(INode* node) {
         node->SetRenderID(uint32_t(NumRenderInstances() - 1));
     }
     if (needDelete) tri->DeleteThis();
-}
-
-void RenderContext::SetDepthRange() {
-    if (view_.hasRange) {
-        nearRange = view_.nearRange;
-        farRange = view_.farRange;
-        return;
-    }
-    Box3 world;
-    for (const auto& instance : instances_) world += instance->ObjectBox() * instance->objToWorld;
-    if (DepthRange(view_, world, nearRange, farRange)) return;
-    // Nothing that is rendered: hair may still grow on what is not.
-    for (Node* const node : core_.AllNodes()) {
-        Interval valid = FOREVER;
-        bool needDelete = false;
-        TriObject* const tri = GetTriObjectFromNode(node, time, valid, needDelete);
-        if (tri) world += tri->mesh.getBoundingBox() * node->GetObjectTM(time);
-        if (needDelete) tri->DeleteThis();
-    }
-    DepthRange(view_, world, nearRange, farRange);
 }
 
 void RenderContext::AddLights() {

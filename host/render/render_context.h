@@ -53,7 +53,6 @@ public:
 
 private:
     void AddInstance(INode* node);
-    void SetDepthRange();
 
     Core& core_;
     CameraView view_;

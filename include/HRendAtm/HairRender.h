@@ -9,6 +9,7 @@
 #include "HRendBuf/HRendBuf.h"
 #include "sdk/atmos.h"
 #include "sdk/plugapi.h"
+#include "sdk/properties.h"
 
 inline constexpr Class_ID HAIRRENDER_CLASS_ID{0x2b22403b, 0x168608d6};
 /// Asks the renderer for its RaySampler part.
@@ -48,6 +49,7 @@ struct HairRenderStats {
     std::atomic<int> strands{0}, geometryStrands{0}, geometryFaces{0}, geometryVerts{0};
     std::atomic<int> hairBytes{0}, shadowBytes{0}, gbufferBytes{0}; ///< hair: peak
     std::atomic<int> hairMs{0}, shadowMs{0};
+    std::atomic<int64_t> fragments{0}; ///< in all buckets of the render
 };
 
 /// The camera's view of one frame with its buffer. Never changed once samples use it; a changed view makes a new one.
@@ -60,7 +62,11 @@ struct CameraFrame {
 
 /// There is exactly one per process, from Instance(). Update, RenderBegin and RenderEnd run on the host's main thread;
 /// Shade and the samplers on any number of render threads.
-class HairRender : public Atmospheric, public RaySampler, public VolumeSampler, public IHRendOwner {
+class HairRender : public Atmospheric,
+                   public RaySampler,
+                   public VolumeSampler,
+                   public IHRendOwner,
+                   public IScriptProperties {
 public:
     /// The process's renderer, made on first use, without a parameter block.
     static HairRender& Instance();
@@ -90,6 +96,12 @@ public:
     int NumParamBlocks() override { return 1; }
     IParamBlock2* GetParamBlock(int i) override { return i == 0 ? block_ : nullptr; }
     IParamBlock2* GetParamBlockByID(short id) override { return id == 0 ? block_ : nullptr; }
+
+    // Script properties: "fragments", read only, the number of fragments of the last render.
+    std::vector<TSTR> ListProperties() override { return {"fragments"}; }
+    bool GetProperty(const TSTR& name, ScriptValue& value, TSTR& error) override;
+    bool SetProperty(const TSTR& name, const ScriptValue& value, TSTR& error) override;
+    bool Call(const TSTR& name, const std::vector<ScriptValue>& args, ScriptValue& result, TSTR& error) override;
 
     // RaySampler.
     bool Attach(void* blender) override;

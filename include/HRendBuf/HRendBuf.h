@@ -52,6 +52,8 @@ public:
     size_t MemoryInUse() const { return memoryBytes_; }
     /// Strands drawn by the last RenderBucket.
     int RenderedStrands() const { return renderedStrands_; }
+    /// Fragments in the lists that the last RenderBucket made.
+    int64_t MadeFragments() const { return madeFragments_; }
     TimeValue Time() const { return time_; }
     /// The shadow pass's result; not built when memory was tight, and ShadowList answers instead.
     const CompactShadowMap& ShadowMap() const { return shadowMap_; }
@@ -127,6 +129,7 @@ private:
     uint32_t peakIdle_ = 0;
     int peakIdleBucket_ = -1;
     int renderedStrands_ = 0;
+    int64_t madeFragments_ = 0;
     std::atomic<size_t> memoryBytes_{0};
     RendProgressCallback* progress_ = nullptr;
     int progressDone_ = 0, progressTotal_ = 0;

@@ -73,6 +73,7 @@ RefResult HairRender::NotifyRefChanged(const Interval&, RefTargetHandle target, 
 }
 
 void* HairRender::GetInterface(uint32_t id) {
+    if (id == SCRIPT_PROPERTIES_INTERFACE_ID) return static_cast<IScriptProperties*>(this);
     if (id == RAYSAMPLER_INTERFACE_ID) return static_cast<RaySampler*>(this);
     return Atmospheric::GetInterface(id);
 }
@@ -82,6 +83,26 @@ void HairRender::ClearStats() {
          {&stats_.strands, &stats_.geometryStrands, &stats_.geometryFaces, &stats_.geometryVerts, &stats_.hairBytes,
           &stats_.shadowBytes, &stats_.gbufferBytes, &stats_.hairMs, &stats_.shadowMs})
         *v = 0;
+    stats_.fragments = 0;
+}
+
+bool HairRender::GetProperty(const TSTR& name, ScriptValue& value, TSTR& error) {
+    if (name != "fragments") {
+        error = "no such property";
+        return false;
+    }
+    value = ScriptValue::Int(int(std::min<int64_t>(stats_.fragments, INT_MAX)));
+    return true;
+}
+
+bool HairRender::SetProperty(const TSTR& name, const ScriptValue&, TSTR& error) {
+    error = name == "fragments" ? "cannot be set" : "no such property";
+    return false;
+}
+
+bool HairRender::Call(const TSTR&, const std::vector<ScriptValue>&, ScriptValue&, TSTR& error) {
+    error = "no such operation";
+    return false;
 }
 
 void HairRender::EnsureRendererInScene() {

@@ -76,6 +76,7 @@ void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
     const int bytes = int(std::min<size_t>(frame.buffer->MemoryInUse(), 0x7fffffff));
     if (bytes > stats_.hairBytes) stats_.hairBytes = bytes;
     stats_.hairMs += elapsed;
+    stats_.fragments += frame.buffer->MadeFragments();
 }
 
 std::shared_ptr<CameraFrame> HairRender::PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel) {

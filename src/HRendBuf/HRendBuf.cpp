@@ -153,6 +153,10 @@ void HRendBuf::FinishBucket(int index) {
     if (mode_ == HRM_SHADOW && bucket.ShadowHeads() && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() &&
         shadowMap_.Build(bucket.ShadowHeads(), size_t(bucket.PixelCount())))
         bucket.Compacted();
+    madeFragments_ = 0;
+    if (HairFragment* const* heads = bucket.ImageHeads())
+        for (int i = 0; i < bucket.PixelCount(); ++i)
+            for (const HairFragment* f = heads[i]; f; f = f->next) ++madeFragments_;
     if (progress_) progress_->Progress(progressTotal_, progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 
