@@ -127,6 +127,8 @@ inline HairParams PlainFur() {
     p.SetInt(pid_fur_useLeaning, 0);
     p.SetInt(pid_fur_useBending, 0);
     p.SetInt(pid_useCurliness, 0);
+    p.SetInt(pid_fixShape, 0);
+    p.SetInt(pid_fixDensity, 0);
     p.SetFloat(pid_thickness, 0.01f);
     p.SetFloat(pid_dirRand, 0.0f);
     p.SetFloat(pid_vdirRand, 0.0f);
