@@ -82,7 +82,9 @@ public:
 
 private:
     struct FurBuilder;
-    bool TakeReference(const HairParams& params);
+    std::unique_ptr<ReferenceMesh> MakeReference(const HairParams& params);
+    void TakeMeshes(std::unique_ptr<ReferenceMesh> reference, std::shared_ptr<const Mesh> mesh, TimeValue t,
+                    Interval valid);
     void SelectFaces(const HairParams& params);
     void BuildFurStrands(const HairParams& params);
     void CarrySnapshot(const HairParams& params);
@@ -93,7 +95,7 @@ private:
     Interval valid_, meshValid_, strandsValid_;
     std::vector<float> cutFactors_;
     int knotsPerStrand_ = 0;
-    Matrix3 tmFixing_, tmNow_;
+    Matrix3 tmNow_;
     std::shared_ptr<const Mesh> mesh_;
     /// A strand that the fixing snapshot's carries over unchanged is shared with it.
     std::vector<std::shared_ptr<VertexStrand>> strands_;

@@ -40,6 +40,7 @@ private:
     Matrix3 Frame(int mode, int v, const Point3& normal) const;
     float BaseValue(int pid, int surfPid, int v);
     Point3 AbsoluteDirection(int surfPid, int v);
+    Point3 LeanToWorld(const Point3& local, int mode, int v, const FurDirection& d) const;
     Point3 Lean(int v, FurDirection& d, HairRandom& rng);
     void BendPolar(int v, FurDirection& d, HairRandom& rng);
 

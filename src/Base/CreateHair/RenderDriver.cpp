@@ -51,9 +51,10 @@ void RenderJob::MakeThreads() {
         contexts_.emplace_back(run_, i);
         if (run_.request.pass == PASS_COLOR) shading_.emplace_back(setup_, *run_.params);
     }
+    const KnotColors* knotColors = run_.request.pass == PASS_COLOR && !shade ? &knotColors_ : nullptr;
     for (int i = 0; i < threads_; ++i)
         handoff_.emplace_back(run_, buffer_.Settings(), buffer_.Rasteriser(i), shade ? &shading_[size_t(i)] : nullptr,
-                              &knotColors_, abort_);
+                              knotColors, abort_);
 }
 
 // Draws numbered units on all threads, batch by batch: draw until a thread's samples fill its share, then merge.

@@ -140,7 +140,8 @@ void BuildControlPoints(StrandContext& c) {
         CutAtLength(c, target);
     }
     c.lastSteps = int(std::ceil(c.fraction * float(c.run->steps)));
-    if (c.lastSteps < 1) c.lastSteps = 1;
+    // A strand that is cut right at a joint has no step in its last segment; one without any length keeps two points.
+    if (c.lastSteps < 1 && c.segments == 1) c.lastSteps = 1;
     c.points = (c.segments - 1) * c.run->steps + 1 + c.lastSteps;
 }
 

@@ -24,12 +24,13 @@ void CtlHairMesh::Reset() {
     cutFactors_.clear();
 }
 
-bool CtlHairMesh::TakeReference(const HairParams& params) {
+// The mesh at the fixing reference frame; null when it cannot be had.
+std::unique_ptr<ReferenceMesh> CtlHairMesh::MakeReference(const HairParams& params) {
     const TimeValue t = params.Int(pid_fixRefFrame) * params.ticksPerFrame;
     Interval valid = FOREVER;
     auto reference = std::make_unique<ReferenceMesh>();
     reference->mesh = emitter_->MeshAt(t, valid);
-    if (!reference->mesh) return false;
+    if (!reference->mesh) return nullptr;
     reference->objectTM = emitter_->ObjectTM(t, valid);
     const Mesh& mesh = *reference->mesh;
     reference->positions.reserve(mesh.verts.size());
@@ -40,9 +41,18 @@ bool CtlHairMesh::TakeReference(const HairParams& params) {
                      &c = reference->positions[size_t(f.v[2])];
         reference->faceArea.push_back(Length(CrossProd(c - a, b - a)) / 2.0f);
     }
-    tmFixing_ = reference->objectTM;
+    return reference;
+}
+
+// Stores the meshes of an update that cannot fail any more.
+void CtlHairMesh::TakeMeshes(std::unique_ptr<ReferenceMesh> reference, std::shared_ptr<const Mesh> mesh, TimeValue t,
+                             Interval valid) {
     reference_ = std::move(reference);
-    return true;
+    mesh_ = std::move(mesh);
+    tmNow_ = emitter_->ObjectTM(t, valid);
+    time_ = t;
+    meshValid_ = strandsValid_ = valid_ = valid;
+    boundsValid_ = false;
 }
 
 void CtlHairMesh::SelectFaces(const HairParams& params) {
@@ -58,14 +68,12 @@ bool CtlHairMesh::FaceSelected(int face) const {
 }
 
 bool CtlHairMesh::Update(TimeValue t, const HairParams& params, bool isSnapshot) {
-    reference_.reset();
-    if (!isSnapshot && params.On(pid_fixDensity) && !TakeReference(params)) return false;
+    std::unique_ptr<ReferenceMesh> reference;
+    if (!isSnapshot && params.On(pid_fixDensity) && !(reference = MakeReference(params))) return false;
     Interval valid = FOREVER;
     std::shared_ptr<const Mesh> mesh = emitter_->MeshAt(t, valid);
     if (!mesh) return false;
-    mesh_ = std::move(mesh);
-    tmNow_ = emitter_->ObjectTM(t, valid);
-    meshValid_ = valid;
+    TakeMeshes(std::move(reference), std::move(mesh), t, valid);
     strands_.resize(size_t(mesh_->getNumVerts()));
     if (knotsPerStrand_ != params.Int(pid_knots)) {
         for (auto& s : strands_) s.reset();
@@ -80,9 +88,6 @@ bool CtlHairMesh::Update(TimeValue t, const HairParams& params, bool isSnapshot)
     }
     for (auto& s : strands_)
         if (s && s->splineDirty) s->BuildSpline();
-    boundsValid_ = false;
-    time_ = t;
-    strandsValid_ = valid_ = valid;
     return true;
 }
 
@@ -93,8 +98,8 @@ bool CtlHairMesh::Evaluate(TimeValue t, const HairParams& params) {
         return Update(t, params);
     }
     if (!PrepareSnapshot(params)) return false;
-    reference_.reset();
-    if (params.On(pid_fixDensity) && !TakeReference(params)) return false;
+    std::unique_ptr<ReferenceMesh> reference;
+    if (params.On(pid_fixDensity) && !(reference = MakeReference(params))) return false;
     Interval valid = FOREVER;
     std::shared_ptr<const Mesh> mesh = emitter_->MeshAt(t, valid);
     if (!mesh) return false;
@@ -103,12 +108,8 @@ bool CtlHairMesh::Evaluate(TimeValue t, const HairParams& params) {
         snapshot_.reset();
         return Update(t, params);
     }
-    mesh_ = std::move(mesh);
-    tmNow_ = emitter_->ObjectTM(t, valid);
-    meshValid_ = strandsValid_ = valid_ = valid;
-    time_ = t;
+    TakeMeshes(std::move(reference), std::move(mesh), t, valid);
     CarrySnapshot(params);
-    boundsValid_ = false;
     return true;
 }
 

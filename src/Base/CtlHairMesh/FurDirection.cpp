@@ -65,20 +65,31 @@ Matrix3 FurDirections::Frame(int mode, int v, const Point3& normal) const {
     return FrameFromDirection(normal);
 }
 
-// Direction of leaning in object space; the normal when leaning is off. Two draws when it is on.
+// A direction of mode `mode`'s frame in world space. Around the normal the frame itself is taken there, so that no lean
+// is the world normal and scaled emitters grow hair straight out.
+Point3 FurDirections::LeanToWorld(const Point3& local, int mode, int v, const FurDirection& d) const {
+    const Matrix3 frame = Frame(mode, v, d.normalObject);
+    if (mode == kModeEmitter || mode == kModeWorld)
+        return Normalize(VectorTransform(VectorTransform(local, frame), objectTM_));
+    const Point3 x = Normalize(VectorTransform(frame.GetRow(0), objectTM_)),
+                 y = Normalize(VectorTransform(frame.GetRow(1), objectTM_));
+    return Normalize(x * local.x + y * local.y + d.normal * local.z);
+}
+
+// Direction of leaning in world space; the normal when leaning is off. Two draws when it is on.
 Point3 FurDirections::Lean(int v, FurDirection& d, HairRandom& rng) {
-    if (!params_.On(pid_fur_useLeaning)) return d.normalObject;
+    if (!params_.On(pid_fur_useLeaning)) return d.normal;
     const float rand = params_.Float(pid_fur_leanAmtRand) * 90.0f, dirRand = params_.Float(pid_fur_leanDirRand) * 90.0f;
     const float lambda = RandomOffset(rng, d.leanAngle, rand) * HairMath::kDegToRad;       // draw: lean angle
     const float delta = RandomOffset(rng, d.leanDirection, dirRand) * HairMath::kDegToRad; // draw: lean direction
-    const Matrix3 frame = Frame(params_.Int(pid_fur_leanDirChan), v, d.normalObject);
+    const int mode = params_.Int(pid_fur_leanDirChan);
     if (params_.Int(pid_fur_leanAbsolute) == 1 && surfaces_[pid_surfDist_leanAbsolute - kFirstSurfDistPid]) {
         const Point3 absolute = AbsoluteDirection(pid_surfDist_leanAbsolute, v);
-        return absolute == Point3() ? d.normalObject : VectorTransform(absolute, frame);
+        return absolute == Point3() ? d.normal : LeanToWorld(absolute, mode, v, d);
     }
     const Point3 local(HairMath::Sin(lambda) * HairMath::Cos(delta), HairMath::Sin(lambda) * HairMath::Sin(delta),
                        HairMath::Cos(lambda));
-    return VectorTransform(local, frame);
+    return LeanToWorld(local, mode, v, d);
 }
 
 // Polar bend. Two draws.
@@ -117,7 +128,7 @@ FurDirection FurDirections::Next(int v, bool carries, HairRandom& rng) {
     d.leanDirection = BaseValue(pid_fur_leanDir, pid_surfDist_leanDir, v);
     d.bendAmount = BaseValue(pid_fur_bendAmount, pid_surfDist_bendAmount, v);
     d.bendDirection = BaseValue(pid_fur_bendDir, pid_surfDist_bendDir, v);
-    d.lean = Normalize(VectorTransform(Lean(v, d, rng), objectTM_));
+    d.lean = Lean(v, d, rng);
     if (polar)
         BendPolar(v, d, rng);
     else if (params_.On(pid_fur_useBending))

@@ -10,7 +10,8 @@ namespace {
 
 // The frame of a vertex: Z its normal, X toward the next corner of its lowest face, so that it turns with the surface.
 Matrix3 VertexFrame(const Mesh& mesh, const Point3& normal, const FaceCorner& use, int vertex) {
-    if (use.face < 0) return FrameFromDirection(normal);
+    // The mesh may have other faces by now, with as many vertices.
+    if (use.face < 0 || use.face >= mesh.getNumFaces()) return FrameFromDirection(normal);
     const Point3 edge =
         mesh.verts[size_t(mesh.faces[size_t(use.face)].v[(use.corner + 1) % 3])] - mesh.verts[size_t(vertex)];
     if (LengthSquared(CrossProd(normal, Normalize(edge))) < 1e-6f) return FrameFromDirection(normal);

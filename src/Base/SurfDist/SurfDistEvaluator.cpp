@@ -38,9 +38,10 @@ SurfDistEvaluator::SurfDistEvaluator(const SurfDistSettings& settings, const Sur
     context_->SetCurve(0.02f);
     context_->SetHalfImageSize(100.0f, 100.0f);
     context_->ambientLight = Color(0, 0, 0);
-    // Maps and final shading see the scene's lights; a plain sub-material is shaded without any.
+    // Maps and final shading see the run's lights. Otherwise the context has no light list: its stand-by light then
+    // shows a material as it is, wherever the scene's lights stand.
     const bool lit = settings_.source == SURFDIST_MAP || settings_.useFinalShading;
-    context_->SetLights(lit ? int(scene_.lights.size()) : 0, scene_.lights.data());
+    if (lit && !scene_.lights.empty()) context_->SetLights(int(scene_.lights.size()), scene_.lights.data());
 }
 
 SurfDistEvaluator::~SurfDistEvaluator() {
