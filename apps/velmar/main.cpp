@@ -31,8 +31,9 @@ public:
     CommandLine() {
         app_.require_subcommand(1);
         app_.set_version_flag("--version", "velmar " VELMAR_VERSION);
-        app_.failure_message(
-            [](const CLI::App*, const CLI::Error& e) { return std::string("velmar: error: ").append(host::OneLine(e.what())).append("\n"); });
+        app_.failure_message([](const CLI::App*, const CLI::Error& e) {
+            return std::string("velmar: error: ").append(host::OneLine(e.what())).append("\n");
+        });
         AddRender();
         AddInfo();
         AddParams();

@@ -45,7 +45,6 @@ void Progress::BeginFrame(int index, int frame) {
     index_ = index;
     frame_ = frame;
     frameStart_ = Seconds();
-    strandsAtStart_ = kind_ == ProgressKind::kTerminal ? strands_() : 0;
 }
 
 void Progress::Report(const char* title, int done, int total) {
@@ -76,7 +75,7 @@ void Progress::ShowLine(const char* title, double share) {
     std::snprintf(percent, sizeof percent, "  %3.0f%%  ", share * 100.0);
     line.append(percent).append(title ? title : "").append("  ").append(TimeText(elapsed));
     if (whole > 0.01) line.append("  left ").append(TimeText(elapsed / whole - elapsed));
-    const long strands = strands_() - strandsAtStart_;
+    const long strands = strands_();
     const double inFrame = shownAt_ - frameStart_;
     if (strands > 0 && inFrame > 0) line.append("  ").append(CountText(double(strands) / inFrame)).append(" strands/s");
     // What was longer before is wiped.

@@ -19,7 +19,7 @@ enum class ProgressKind {
 /// Progress of a number of frames.
 class Progress : public host::RenderProgress {
 public:
-    /// `strands` tells how many strands have been rendered so far.
+    /// `strands` tells how many strands of the current frame have been rendered so far.
     Progress(ProgressKind kind, int frames, std::function<long()> strands);
     /// Ends the line.
     ~Progress() override;
@@ -42,7 +42,6 @@ private:
     std::mutex mutex_;
     int index_ = 0, frame_ = 0, shownPercent_ = -1;
     double shownAt_ = -1;
-    long strandsAtStart_ = 0;
     double frameStart_ = 0;
     bool lineOpen_ = false;
 };

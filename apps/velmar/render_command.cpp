@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "commands.h"
 #include "failure.h"
@@ -20,6 +23,8 @@ namespace velmar {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr int64_t kFarthestTime = 2'000'000'000; // ticks
 
 // Failures from here on are failed work, not bad input.
 template <class F>
@@ -39,6 +44,9 @@ public:
         if (options.width >= 0) settings_.width = options.width, settings_.height = options.height;
         if (options.threads >= 0) settings_.threads = options.threads;
         host::CheckFrameSettings(session.core, settings_);
+        for (const int frame : options.frames)
+            if (std::abs(int64_t(frame) * session.core.GetTicksPerFrame()) > kFarthestTime)
+                throw host::Error("frame " + std::to_string(frame) + " is too far away, expected a smaller number");
     }
 
     int Run() {
@@ -73,33 +81,37 @@ private:
         if (result == host::FrameResult::kAborted || Interrupted()) return false;
         SetPhase(Phase::kWriting);
         Work([&] { host::WritePicture(picture_, file); });
-        cpuSeconds_ += stats.cpuSeconds;
-        cameraSamples_ += stats.cameraSamples;
-        segments_ += stats.atmosphereSegments;
-        threads_ = stats.threads;
+        AddUp(stats);
         progress_.EndFrame(file);
         return !Interrupted() || index + 1 == int(options_.frames.size());
     }
 
-    // The renderer's own count when it offers one.
-    nlohmann::json Fragments() const {
+    // The hair renderer counts anew for every frame.
+    void AddUp(const host::FrameStats& stats) {
+        cpuSeconds_ += stats.cpuSeconds;
+        cameraSamples_ += stats.cameraSamples;
+        segments_ += stats.atmosphereSegments;
+        threads_ = stats.threads;
+        strands_ += Strands(session_);
+        hairMs_ += session_.RendererNumber("statsHairTime");
+        shadowMs_ += session_.RendererNumber("statsShadowTime");
+        hairBytes_ = std::max(hairBytes_, session_.RendererNumber("statsHairMem"));
         ScriptValue value;
         TSTR error;
         IScriptProperties* const script = GetScriptProperties(session_.Renderer());
-        if (!script || !script->GetProperty("fragments", value, error)) return nullptr;
-        return value.kind == ScriptValue::kFloat ? nlohmann::json(value.f) : nlohmann::json(value.i);
+        if (script && script->GetProperty("fragments", value, error)) fragments_ = fragments_.value_or(0) + value.i;
     }
 
     void WriteStats() {
         const nlohmann::ordered_json stats = {
-            {"strands", Strands(session_)},
-            {"fragments", Fragments()},
+            {"strands", strands_},
+            {"fragments", fragments_ ? nlohmann::json(*fragments_) : nlohmann::json(nullptr)},
             {"wall_s", wallSeconds_},
-            {"hair_s", session_.RendererNumber("statsHairTime") / 1000.0},
-            {"shadow_s", session_.RendererNumber("statsShadowTime") / 1000.0},
+            {"hair_s", double(hairMs_) / 1000.0},
+            {"shadow_s", double(shadowMs_) / 1000.0},
             {"cpu_s", cpuSeconds_},
             {"peak_rss_bytes", host::ProcessPeakRssBytes()},
-            {"hair_bytes", session_.RendererNumber("statsHairMem")},
+            {"hair_bytes", hairBytes_},
             {"camera_samples", cameraSamples_},
             {"atmosphere_segments", segments_},
             {"frames", options_.frames.size()},
@@ -121,7 +133,9 @@ private:
     host::Picture picture_;
     double wallSeconds_ = 0, cpuSeconds_ = 0;
     uint64_t cameraSamples_ = 0, segments_ = 0;
-    int threads_ = 0;
+    int64_t strands_ = 0, hairMs_ = 0, shadowMs_ = 0;
+    std::optional<int64_t> fragments_; ///< none when the renderer does not count them
+    int hairBytes_ = 0, threads_ = 0;
 };
 
 } // namespace

@@ -42,6 +42,22 @@ TEST_F(Render, StatisticsAreOneFlatObject) {
     EXPECT_EQ(stats["width"], 40);
     EXPECT_EQ(stats["height"], 30);
     EXPECT_EQ(stats["threads"], 1);
+    EXPECT_GT(stats["fragments"], 0);
+}
+
+TEST_F(Render, StatisticsAddUpOverFrames) {
+    const auto strands = [&](const char* frames) {
+        EXPECT_EQ(Run({"render", "good.toml", "-o", "a#.png", "--frames", frames, "--stats", "s.json"}).status, 0);
+        return nlohmann::json::parse(FileText(folder_ + "/s.json"))["strands"].get<int>();
+    };
+    const int one = strands("1");
+    EXPECT_GT(one, 100);
+    EXPECT_EQ(strands("1-3"), 3 * one);
+}
+
+TEST_F(Render, FramesBeyondTimeAreBadInput) {
+    ExpectError({"render", "good.toml", "-o", "a.png", "-f", "2147483647"}, 2,
+                "frame 2147483647 is too far away, expected a smaller number");
 }
 
 TEST_F(Render, SetChangesThePicture) {
