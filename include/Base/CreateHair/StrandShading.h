@@ -12,8 +12,8 @@ class ViewParamsEx;
 /// What shading needs to know of a run. Read-only while threads run.
 struct ShadingSetup {
     Mtl* material = nullptr;        ///< never null in a run that shades
-    std::vector<LightDesc*> lights; ///< lights that reach the hair; empty: the stand-by light
-    bool useLights = true;          ///< false: no light list at all
+    std::vector<LightDesc*> lights; ///< lights that reach the hair
+    bool useLights = true;          ///< false: no light list at all, which means the stand-by light
     RenderGlobalContext* context = nullptr;
     const HairImageInfo* image = nullptr;
     const ViewParamsEx* view = nullptr;
