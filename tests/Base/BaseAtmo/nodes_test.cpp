@@ -140,8 +140,8 @@ TEST_F(NodesTest, EmitterWithoutMaterialGivesItsWireColour) {
     node->SetWireColor({0.5f, 0.5f, 0.5f});
     Interval valid = FOREVER;
     auto evaluator = surfaces.MakeEvaluator(s, fur->Emitter(0)->source.MeshAt(0, valid), Matrix3());
-    // Shaded without lights and ambient light, any colour is black.
-    EXPECT_EQ(evaluator->AtVertex(1), 0.0f);
+    // The default material in the wire colour, under the stand-by light that a context without a light list has.
+    EXPECT_EQ(evaluator->AtVertex(1), 0.5f);
     EXPECT_GT(all, 0);
 }
 
