@@ -24,7 +24,7 @@ test: build check
 check:
 	@python3 tools/check_includes.py
 
-bench: deps
+bench: build
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench -j $(JOBS)
 	@python3 bench/run.py

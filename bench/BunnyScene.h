@@ -10,8 +10,9 @@ inline constexpr Point3 kBunnyCamera{0.6f, -4.2f, 0.8f}, kBunnyTarget{0.0f, 0.0f
 
 inline HairParams BunnyCoat(double strandsPerFace) {
     HairParams p = HairParams::Defaults(true);
-    p.SetFloat(pid_length, 0.12f);
-    p.SetFloat(pid_thickness, 0.003f);
+    p.SetFloat(pid_length, 0.08f);
+    p.SetFloat(pid_thickness, 0.002f);
+    p.SetInt(pid_bezierSteps, 3);
     p.SetInt(pid_densType, 0);
     p.SetFloat(pid_densPerFace, float(strandsPerFace));
     p.SetFloat(pid_fur_leanAngle, 40.0f);
