@@ -21,7 +21,7 @@ HairParams Coated() {
 }
 
 struct Scene {
-    Camera camera{150, 110, 4};
+    Camera camera{100, 75, 4};
     Engine engine;
     StrandPaint paint;
     explicit Scene(const HairParams& p) : engine(Sphere(1, 6, 8), p) {}
@@ -33,7 +33,7 @@ void SameForAllSettings(const HairParams& params, bool shadeMiddle) {
     PictureSettings s;
     s.shadeMiddle = shadeMiddle;
     const Picture expected = scene.Render(s);
-    ASSERT_GT(expected.Filled(), 3000u);
+    ASSERT_GT(expected.Filled(), 1000u);
     EXPECT_TRUE(scene.Render(s) == expected) << "twice in a row";
     for (const int threads : {2, 3, 16}) {
         s.threads = threads;
@@ -41,11 +41,10 @@ void SameForAllSettings(const HairParams& params, bool shadeMiddle) {
         EXPECT_TRUE(scene.Render(s) == expected) << threads << " threads";
     }
     for (const int type : {1, 2})
-        for (const int size : {10, 37, 64, 1000})
-            for (const int threads : {1, 3}) {
-                s.bucketType = type, s.bucketSize = size, s.threads = threads;
-                EXPECT_TRUE(scene.Render(s) == expected) << "type " << type << " size " << size << ", " << threads;
-            }
+        for (const int size : {10, 37, 64, 1000}) {
+            s.bucketType = type, s.bucketSize = size, s.threads = size == 37 ? 1 : 3;
+            EXPECT_TRUE(scene.Render(s) == expected) << "type " << type << " size " << size << ", " << s.threads;
+        }
 }
 
 TEST(Render, TheSameForAllThreadsAndBuckets) {
@@ -71,9 +70,9 @@ TEST(Render, NearTheCameraToo) {
     HairParams p = Coated();
     p.SetFloat(pid_length, 1.2f);
     Scene scene(p);
-    scene.camera = Camera(150, 110, 2.4f); // strands reach past the nearest drawn depth
+    scene.camera = Camera(100, 75, 2.4f); // strands reach past the nearest drawn depth
     const Picture expected = scene.Render({});
-    ASSERT_GT(expected.Filled(), 3000u);
+    ASSERT_GT(expected.Filled(), 1000u);
     EXPECT_TRUE(scene.Render({3, 2, 16}) == expected);
     EXPECT_TRUE(scene.Render({2, 1, 10}) == expected);
 }
@@ -87,7 +86,7 @@ TEST(Render, VertexStrandsAreDrawnOnlyWithoutMiddleShading) {
     EXPECT_EQ(scene.paint.shaded, 0);
     PictureSettings s;
     s.shadeMiddle = false;
-    EXPECT_GT(scene.Render(s).Filled(), 300u);
+    EXPECT_GT(scene.Render(s).Filled(), 100u);
     // One sample at each knot of each of the sphere's 42 control strands.
     EXPECT_EQ(scene.paint.shaded, 42 * 5);
 }
