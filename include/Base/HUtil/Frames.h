@@ -24,6 +24,13 @@ inline Matrix3 FrameFromDirection(const Point3& n, const Point3& r) {
     return {x, CrossProd(n, x), n, Point3()};
 }
 
+/// The matrix that takes normals where `m` takes points: its inverse transposed, without translation. Lengths change.
+constexpr Matrix3 NormalMatrix(const Matrix3& m) {
+    const Matrix3 inv = Inverse(m);
+    const Point3 a = inv.GetRow(0), b = inv.GetRow(1), c = inv.GetRow(2);
+    return {{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}, Point3()};
+}
+
 /// Frame from a mapping channel at a vertex: rows are the unit U and V tangents of the channel on face `face` and the
 /// normal, not orthonormalised. `normal` null means the vertex normal; `face` -1 means the lowest face that uses the
 /// vertex, and `vertex` -1 the vertex at `corner` of `face`. The frame from the normal where the channel is missing,

@@ -7,16 +7,7 @@
 #include "Base/CreateHair/Colors.h"
 #include "Base/CreateHair/FaceRecords.h"
 #include "Base/CreateHair/Thickness.h"
-
-namespace {
-
-Matrix3 NormalMatrix(const Matrix3& m) {
-    const Matrix3 inv = Inverse(m);
-    const Point3 a = inv.GetRow(0), b = inv.GetRow(1), c = inv.GetRow(2);
-    return {{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}, Point3()};
-}
-
-} // namespace
+#include "Base/HUtil/Frames.h"
 
 bool GenerationRun::Prepare(const RunRequest& r) {
     request = r;

@@ -12,12 +12,6 @@ namespace {
 // Direction modes other than a mapping channel 1..99.
 constexpr int kModeEmitter = -2, kModeWorld = -3;
 
-Matrix3 InverseTranspose(const Matrix3& m) {
-    const Matrix3 inv = Inverse(m);
-    const Point3 a = inv.GetRow(0), b = inv.GetRow(1), c = inv.GetRow(2);
-    return {{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}, Point3()};
-}
-
 float AbsSum(const Point3& v) {
     return std::fabs(v.x) + std::fabs(v.y) + std::fabs(v.z);
 }
@@ -27,7 +21,7 @@ float AbsSum(const Point3& v) {
 FurDirections::FurDirections(const HairParams& params, std::shared_ptr<const Mesh> mesh, const Matrix3& objectTM,
                              const ISurfaceProvider* surfaces)
     : params_(params), mesh_(std::move(mesh)), objectTM_(objectTM), worldToObject_(Inverse(objectTM)),
-      normalTM_(InverseTranspose(objectTM)), surfaces_(size_t(kNumSurfDists)) {
+      normalTM_(NormalMatrix(objectTM)), surfaces_(size_t(kNumSurfDists)) {
     lowestFace_ = FindLowestFaces(*mesh_);
     for (const int pid : {pid_surfDist_leanAngle, pid_surfDist_leanDir, pid_surfDist_bendAmount, pid_surfDist_bendDir,
                           pid_surfDist_leanAbsolute, pid_surfDist_bendAbsolute, pid_surfDist_vdirRand})

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cmath>
 
+#include "Base/HUtil/Frames.h"
 #include "Base/HUtil/Subdivide.h"
 #include "Base/HairShadeContext.h"
 #include "DebugTools/Assert.h"
@@ -16,12 +17,6 @@ float ZeroIfNan(float f) {
 
 float Clamp01(float f) {
     return f > 0.0f ? (f < 1.0f ? f : 1.0f) : 0.0f;
-}
-
-Matrix3 NormalMatrix(const Matrix3& m) {
-    const Matrix3 inv = Inverse(m);
-    const Point3 a = inv.GetRow(0), b = inv.GetRow(1), c = inv.GetRow(2);
-    return {{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}, Point3()};
 }
 
 } // namespace
