@@ -1,2 +1,3 @@
-# The tests run the program itself.
+# The tests run the program itself and read its pictures.
 add_dependencies(${name} velmar velmar_dlu)
+target_link_libraries(${name} PRIVATE velmar_host_render)

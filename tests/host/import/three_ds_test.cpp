@@ -127,7 +127,7 @@ TEST(ThreeDs, SaysWhatIsWrong) {
 
 TEST(ThreeDs, ReadsTheMeshesOfThePackage) {
     const std::string horse = "/usr/share/glmark2/models/horse.3ds";
-    if (!std::filesystem::exists(horse)) GTEST_SKIP() << "glmark2-data is not installed";
+    if (!std::filesystem::exists(horse)) GTEST_SKIP() << "needs the mesh of the package glmark2-data";
     const auto meshes = ImportMeshes(horse);
     ASSERT_EQ(meshes.size(), 1u);
     EXPECT_EQ(meshes[0].name, "HORSE_L_Mate");
