@@ -16,6 +16,13 @@
 
 namespace apps_test {
 
+/// How many times longer than usual an answer may take: sanitizers slow the program down.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+inline constexpr double kPatience = 8.0;
+#else
+inline constexpr double kPatience = 1.0;
+#endif
+
 /// How a run ended and what it wrote.
 struct RunResult {
     int status = -1; ///< -1: ended by a signal
