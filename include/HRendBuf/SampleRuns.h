@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "Base/HUtil/ThreadVector.h"
 #include "HRendBuf/FragmentList.h"
 #include "HRendBuf/PixelRect.h"
 #include "sdk/point2.h"
@@ -107,14 +108,14 @@ private:
 
     void Grow(Cursor& c, int tile);
 
-    std::vector<Cursor> cursors_;
+    ThreadVector<Cursor> cursors_;
     std::vector<int> touched_; ///< tiles with a run
     std::vector<std::unique_ptr<Chunk[]>> slabs_;
     size_t usedChunks_ = 0;
 };
 
 /// What one thread's rasteriser draws into: the runs of both passes, of which a bucket uses one.
-class SampleWriter {
+class alignas(kThreadAlignment) SampleWriter {
 public:
     /// The image pass needs no velocity; a sink that does sets this.
     static constexpr bool kWantsVelocity = false;

@@ -3,6 +3,7 @@
 // vector and scalar code give the same bits.
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 #if defined(__SSE2__)
@@ -56,4 +57,66 @@ inline Float4 SelectLess(Float4 l, Float4 r, Float4 a, Float4 b) {
 /// Lane by lane: `a` where `test` is above zero, else `b`.
 inline Float4 SelectPositive(Float4 test, Float4 a, Float4 b) {
     return test.v > Float4(0.0f).v ? a.v : b.v;
+}
+/// Lane by lane: `a` where a > b, else `b`; so `b` where either is not a number.
+inline Float4 MaxOr(Float4 a, Float4 b) {
+#if defined(__SSE2__)
+    return Float4::Native(_mm_max_ps(__m128(a.v), __m128(b.v)));
+#else
+    return a.v > b.v ? a.v : b.v;
+#endif
+}
+/// Lane by lane: `a` where a < b, else `b`; so `b` where either is not a number.
+inline Float4 MinOr(Float4 a, Float4 b) {
+#if defined(__SSE2__)
+    return Float4::Native(_mm_min_ps(__m128(a.v), __m128(b.v)));
+#else
+    return a.v < b.v ? a.v : b.v;
+#endif
+}
+/// The four bytes of `bytes`, lowest first.
+inline Float4 FromBytes(uint32_t bytes) {
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(int(bytes)), zero);
+    return Float4::Native(_mm_cvtepi32_ps(_mm_unpacklo_epi16(words, zero)));
+#else
+    return Float4(float(bytes & 255), float(bytes >> 8 & 255), float(bytes >> 16 & 255), float(bytes >> 24));
+#endif
+}
+/// The four lanes as bytes, fractions cut off, lowest first; every lane within 0..255.
+inline uint32_t ToBytes(Float4 a) {
+#if defined(__SSE2__)
+    const __m128i words = _mm_cvttps_epi32(__m128(a.v));
+    const __m128i packed = _mm_packs_epi32(words, words);
+    return uint32_t(_mm_cvtsi128_si32(_mm_packus_epi16(packed, packed)));
+#else
+    return uint32_t(a[0]) | uint32_t(a[1]) << 8 | uint32_t(a[2]) << 16 | uint32_t(a[3]) << 24;
+#endif
+}
+/// The four lanes as integers, fractions cut off.
+inline void ToInts(Float4 a, int32_t* out) {
+#if defined(__SSE2__)
+    const __m128i ints = _mm_cvttps_epi32(__m128(a.v));
+    std::memcpy(out, &ints, sizeof ints);
+#else
+    for (int i = 0; i < 4; ++i) out[i] = int32_t(a[i]);
+#endif
+}
+/// How many of the sixteen floats at `p` are at least z.
+inline uint32_t CountAtLeast16(const float* p, float z) {
+    using Ints = int32_t __attribute__((vector_size(16)));
+    const Float4::Native bound = Float4(z).v;
+    const auto atLeast = [&](int i) -> Ints { return Float4::Load(p + i).v >= bound; }; // true is -1
+    const Ints n = (atLeast(0) + atLeast(4)) + (atLeast(8) + atLeast(12));
+    const Ints pairs = n + __builtin_shuffle(n, Ints{2, 3, 0, 1});
+    return uint32_t(-(pairs[0] + pairs[1]));
+}
+/// `a` where a > b, else `b`, without a branch.
+inline float LargerOr(float a, float b) {
+    return MaxOr(Float4(a, 0, 0, 0), Float4(b, 0, 0, 0))[0];
+}
+/// `a` where a < b, else `b`, without a branch.
+inline float SmallerOr(float a, float b) {
+    return MinOr(Float4(a, 0, 0, 0), Float4(b, 0, 0, 0))[0];
 }
