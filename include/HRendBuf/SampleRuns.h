@@ -130,6 +130,14 @@ public:
     void InsertImage(int x, int y, float z, const Point3& color, float coverage, float opacity, Point2) {
         Store(image_, x, y) = {z, opacity, coverage, Color(color)};
     }
+    /// The same with opacity and colour in one row.
+    void InsertRow(int x, int y, float z, float coverage, Float4 opacityColor) {
+        ImagePoint& p = Store(image_, x, y);
+        p.z = z;
+        p.opacity = opacityColor[0];
+        opacityColor.v[0] = coverage;
+        opacityColor.Store(&p.coverage);
+    }
     /// The same for the shadow pass.
     void InsertShadow(int x, int y, float z, float opacity, float coverage) {
         Store(shadow_, x, y) = {z, opacity, coverage};

@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__)
+#if defined(__SSE4_1__)
+#include <smmintrin.h>
+#elif defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
@@ -72,6 +74,31 @@ inline Float4 MinOr(Float4 a, Float4 b) {
     return Float4::Native(_mm_min_ps(__m128(a.v), __m128(b.v)));
 #else
     return a.v < b.v ? a.v : b.v;
+#endif
+}
+inline Float4 Abs(Float4 a) {
+    return MaxOr(a, Float4(0.0f) - a);
+}
+inline Float4 Floor(Float4 a) {
+#if defined(__SSE4_1__)
+    return Float4::Native(_mm_floor_ps(__m128(a.v)));
+#else
+    return Float4(std::floor(a[0]), std::floor(a[1]), std::floor(a[2]), std::floor(a[3]));
+#endif
+}
+inline Float4 Ceil(Float4 a) {
+#if defined(__SSE4_1__)
+    return Float4::Native(_mm_ceil_ps(__m128(a.v)));
+#else
+    return Float4(std::ceil(a[0]), std::ceil(a[1]), std::ceil(a[2]), std::ceil(a[3]));
+#endif
+}
+/// Bit i is set where lane i has a < b.
+inline int LanesLess(Float4 a, Float4 b) {
+#if defined(__SSE2__)
+    return _mm_movemask_ps(_mm_cmplt_ps(__m128(a.v), __m128(b.v)));
+#else
+    return (a[0] < b[0]) | (a[1] < b[1]) << 1 | (a[2] < b[2]) << 2 | (a[3] < b[3]) << 3;
 #endif
 }
 /// The four bytes of `bytes`, lowest first.
