@@ -94,9 +94,8 @@ public:
             Float4 low = centre - Float4(half), high = centre + Float4(half);
             start.Cut(rows, low, high);
             end.Cut(rows, low, high);
-            int32_t n0[4], n1[4];
-            ToInts(MinOr(MaxOr(Ceil(low), nLo), nHi + Float4(1.0f)), n0);
-            ToInts(MinOr(MaxOr(Floor(high), nLo - Float4(1.0f)), nHi), n1);
+            const Int4 n0 = ToInts(MinOr(MaxOr(Ceil(low), nLo), nHi + Float4(1.0f)));
+            const Int4 n1 = ToInts(MinOr(MaxOr(Floor(high), nLo - Float4(1.0f)), nHi));
             const int count = std::min(4, to - m + 1);
             for (int i = 0; i < count; ++i)
                 for (int n = n0[i]; n <= n1[i]; n += 4) Pixels(m + i, n, n1[i] - n + 1);

@@ -72,9 +72,8 @@ public:
     Float4 Lookup(Float4 e) const {
         const Float4 scaled = (e + Float4(size_)) * Float4(32.0f) * Float4(invScale_);
         const Float4 f = MinOr(MaxOr(scaled, Float4(0.0f)), Float4(32.5f));
-        int32_t i[4];
-        ToInts(f, i);
-        const Float4 t = f - Float4(float(i[0]), float(i[1]), float(i[2]), float(i[3]));
+        const Int4 i = ToInts(f);
+        const Float4 t = f - ToFloats(i);
         const float *a = table_ + i[0], *b = table_ + i[1], *c = table_ + i[2], *d = table_ + i[3];
         return (Float4(1.0f) - t) * Float4(a[0], b[0], c[0], d[0]) + t * Float4(a[1], b[1], c[1], d[1]);
     }

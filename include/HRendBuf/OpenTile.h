@@ -15,6 +15,7 @@ template <class Fragment>
 class alignas(kThreadAlignment) OpenTile {
 public:
     using Packed = PackedFragment<Fragment>;
+    using Point = typename PointOf<Fragment>::Type;
 
     /// Begins with what `tile` holds. The tile stays as it is until Close.
     void Open(const PackedTile<Fragment>& tile, size_t pixels, float tolerance) {
@@ -23,12 +24,12 @@ public:
         used_ = 0;
         slots_.assign(pixels, Slot());
     }
-    /// The same rules as InsertPoint for links. A sample is dropped when memory is exhausted.
-    template <class Point>
+    /// The same rules as InsertPoint for links. A sample is dropped when memory is exhausted. `s` has to stay where it
+    /// is until Close.
     void Insert(uint32_t pixel, const Point& s);
     /// Writes everything into `tile`, which may be the one it was opened from. False, and nothing changed, when memory
     /// is exhausted.
-    bool Close(PackedTile<Fragment>& tile) const;
+    bool Close(PackedTile<Fragment>& tile);
 
 private:
     // Room grows in steps of this many, and depths are searched that many at a time. Unused room is infinitely far.
@@ -44,12 +45,15 @@ private:
         return Reserve(slot, (slot.count + kStep) / kStep * kStep, tile_->Depths() + begin, tile_->Rests() + begin);
     }
     static uint32_t CountNotBehind(const float* zMax, uint32_t count, float z);
-    template <class Point>
+    void Flush();
     void Place(Slot& slot, uint32_t i, const Point& s);
     void CutBehind(Slot& slot, uint32_t i) {
         if (!IsOpaque(rest_[slot.begin + i])) return;
         std::fill(zMax_.get() + slot.begin + i + 1, zMax_.get() + slot.begin + slot.count, kFar);
         slot.count = i + 1;
+    }
+    bool IsPending(uint32_t pixel) const {
+        return (pendingPixel_[0] == pixel) | (pendingPixel_[1] == pixel) | (pendingPixel_[2] == pixel);
     }
 
     static constexpr float kFar = -std::numeric_limits<float>::infinity();
@@ -59,6 +63,13 @@ private:
     std::unique_ptr<float[]> zMax_;
     std::unique_ptr<Packed[]> rest_;
     size_t used_ = 0, size_ = 0; ///< of both arrays
+
+    // Samples whose fragment is found, and that wait until there are four of them, for four different pixels.
+    static constexpr uint32_t kNoPixel = UINT32_MAX;
+    uint32_t pendingPixel_[4] = {kNoPixel, kNoPixel, kNoPixel, kNoPixel};
+    uint32_t pendingIndex_[4]; ///< the fragment among its pixel's
+    const Point* pendingPoint_[4];
+    int pending_ = 0;
 };
 
 /// Room for `capacity` fragments, of which the first `slot.count` are copied from the given arrays.
@@ -104,8 +115,8 @@ inline uint32_t OpenTile<Fragment>::CountNotBehind(const float* zMax, uint32_t c
 }
 
 template <class Fragment>
-template <class Point>
 inline void OpenTile<Fragment>::Insert(uint32_t pixel, const Point& s) {
+    if (IsPending(pixel)) Flush();
     Slot& slot = slots_[pixel];
     if (slot.capacity == 0 && !Fetch(slot, pixel)) return;
     float* zMax = zMax_.get() + slot.begin;
@@ -125,12 +136,30 @@ inline void OpenTile<Fragment>::Insert(uint32_t pixel, const Point& s) {
     const uint32_t i = next - toPrev;
     zMax[i] = LargerOr(z, zMax[i]);
     rest[i].zMin = SmallerOr(z, rest[i].zMin);
-    MergeInto(rest[i], s);
-    CutBehind(slot, i);
+    pendingPixel_[pending_] = pixel;
+    pendingIndex_[pending_] = i;
+    pendingPoint_[pending_] = &s;
+    if (++pending_ == 4) Flush();
+}
+
+/// Merges the waiting samples.
+template <class Fragment>
+void OpenTile<Fragment>::Flush() {
+    const auto slotOf = [&](int i) -> Slot& { return slots_[pendingPixel_[i]]; };
+    Packed* fragments[4];
+    for (int i = 0; i < pending_; ++i) fragments[i] = rest_.get() + slotOf(i).begin + pendingIndex_[i];
+    bool isOpaque = true;
+    if (pending_ == 4)
+        isOpaque = MergeFour(fragments, pendingPoint_);
+    else
+        for (int i = 0; i < pending_; ++i) MergeInto(*fragments[i], *pendingPoint_[i]);
+    if (isOpaque)
+        for (int i = 0; i < pending_; ++i) CutBehind(slotOf(i), pendingIndex_[i]);
+    std::fill_n(pendingPixel_, 4, kNoPixel);
+    pending_ = 0;
 }
 
 template <class Fragment>
-template <class Point>
 void OpenTile<Fragment>::Place(Slot& slot, uint32_t i, const Point& s) {
     // One more than there are: depths are looked at up to the first unused one.
     if (slot.count + 1 >= slot.capacity &&
@@ -150,7 +179,8 @@ void OpenTile<Fragment>::Place(Slot& slot, uint32_t i, const Point& s) {
 }
 
 template <class Fragment>
-bool OpenTile<Fragment>::Close(PackedTile<Fragment>& tile) const {
+bool OpenTile<Fragment>::Close(PackedTile<Fragment>& tile) {
+    Flush();
     const size_t pixels = slots_.size();
     size_t total = 0;
     for (size_t p = 0; p < pixels; ++p)

@@ -7,17 +7,6 @@
 #include "HRendBuf/OpenTile.h"
 #include "HRendBuf/SampleRuns.h"
 
-template <class Fragment>
-struct PointOf;
-template <>
-struct PointOf<HairFragment> {
-    using Type = ImagePoint;
-};
-template <>
-struct PointOf<ShadowFragment> {
-    using Type = ShadowPoint;
-};
-
 /// A bucket's tiles for one kind of fragment. A tile is worked on by one thread at a time.
 template <class Fragment>
 class TileStore {

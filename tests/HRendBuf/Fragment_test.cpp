@@ -287,17 +287,28 @@ TEST(OpenTile, MergesColoursAndWeightsAsALinkDoes) {
         0.0f, -0.0f, 1e-33f, 1e30f, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN(),
         1.0f, 255.0f};
     const auto value = [&] { return random() % 8 == 0 ? odd[random() % 8] : u(random); };
-    for (int i = 0; i < 200000; ++i) {
-        HairFragment link;
-        link.zMin = link.zMax = 0;
-        link.opacity = uint16_t(random()), link.coverage = random() % 16 ? uint16_t(random()) : uint16_t(0);
-        link.color = PackRealPixel({value(), value(), value()});
-        PackedFragment<HairFragment> packed = Pack(link);
-        const ImagePoint p{0, value(), value(), {value(), value(), value()}};
-        MergeInto(link, p);
-        MergeInto(packed, p);
-        ASSERT_EQ(packed.opacity, link.opacity) << i;
-        ASSERT_EQ(packed.coverage, link.coverage) << i;
-        ASSERT_EQ(packed.color, link.color) << i;
+    for (int round = 0; round < 50000; ++round) {
+        HairFragment links[4];
+        PackedFragment<HairFragment> packed[4], *targets[4];
+        ImagePoint points[4];
+        const ImagePoint* sources[4];
+        bool isOpaque = false;
+        for (int i = 0; i < 4; ++i) {
+            HairFragment& link = links[i];
+            link.zMin = link.zMax = 0;
+            link.opacity = uint16_t(random()), link.coverage = random() % 16 ? uint16_t(random()) : uint16_t(0);
+            link.color = PackRealPixel({value(), value(), value()});
+            points[i] = {0, value(), value(), {value(), value(), value()}};
+            packed[i] = Pack(link);
+            targets[i] = &packed[i], sources[i] = &points[i];
+            MergeInto(link, points[i]);
+            isOpaque |= IsOpaque(link);
+        }
+        ASSERT_EQ(MergeFour(targets, sources), isOpaque);
+        for (int i = 0; i < 4; ++i) {
+            ASSERT_EQ(packed[i].opacity, links[i].opacity) << round;
+            ASSERT_EQ(packed[i].coverage, links[i].coverage) << round;
+            ASSERT_EQ(packed[i].color, links[i].color) << round;
+        }
     }
 }

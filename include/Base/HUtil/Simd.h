@@ -32,6 +32,36 @@ struct Float4 {
     float operator[](int lane) const { return v[lane]; }
 };
 
+/// Four 32-bit integers, with the operators of the language; comparisons give -1 or 0.
+using Int4 = int32_t __attribute__((vector_size(16)));
+
+/// Integers as floats, rounded.
+inline Float4 ToFloats(Int4 a) {
+    return __builtin_convertvector(a, Float4::Native);
+}
+/// Floats as integers, fractions cut off.
+inline Int4 ToInts(Float4 a) {
+    return __builtin_convertvector(a.v, Int4);
+}
+/// The same bits.
+inline Float4 FloatBits(Int4 a) {
+    return Float4::Native(a);
+}
+inline Int4 IntBits(Float4 a) {
+    return Int4(a.v);
+}
+/// Four rows of four become four columns.
+inline void Transpose(Float4& a, Float4& b, Float4& c, Float4& d) {
+    const Float4::Native ab0 = __builtin_shufflevector(a.v, b.v, 0, 4, 1, 5),
+                         ab1 = __builtin_shufflevector(a.v, b.v, 2, 6, 3, 7),
+                         cd0 = __builtin_shufflevector(c.v, d.v, 0, 4, 1, 5),
+                         cd1 = __builtin_shufflevector(c.v, d.v, 2, 6, 3, 7);
+    a.v = __builtin_shufflevector(ab0, cd0, 0, 1, 4, 5);
+    b.v = __builtin_shufflevector(ab0, cd0, 2, 3, 6, 7);
+    c.v = __builtin_shufflevector(ab1, cd1, 0, 1, 4, 5);
+    d.v = __builtin_shufflevector(ab1, cd1, 2, 3, 6, 7);
+}
+
 inline Float4 operator+(Float4 a, Float4 b) {
     return a.v + b.v;
 }
@@ -101,6 +131,14 @@ inline int LanesLess(Float4 a, Float4 b) {
     return (a[0] < b[0]) | (a[1] < b[1]) << 1 | (a[2] < b[2]) << 2 | (a[3] < b[3]) << 3;
 #endif
 }
+/// True when any bit of any lane is set.
+inline bool AnyLane(Int4 a) {
+#if defined(__SSE4_1__)
+    return !_mm_testz_si128(__m128i(a), __m128i(a));
+#else
+    return (a[0] | a[1] | a[2] | a[3]) != 0;
+#endif
+}
 /// The four bytes of `bytes`, lowest first.
 inline Float4 FromBytes(uint32_t bytes) {
 #if defined(__SSE2__)
@@ -121,22 +159,12 @@ inline uint32_t ToBytes(Float4 a) {
     return uint32_t(a[0]) | uint32_t(a[1]) << 8 | uint32_t(a[2]) << 16 | uint32_t(a[3]) << 24;
 #endif
 }
-/// The four lanes as integers, fractions cut off.
-inline void ToInts(Float4 a, int32_t* out) {
-#if defined(__SSE2__)
-    const __m128i ints = _mm_cvttps_epi32(__m128(a.v));
-    std::memcpy(out, &ints, sizeof ints);
-#else
-    for (int i = 0; i < 4; ++i) out[i] = int32_t(a[i]);
-#endif
-}
 /// How many of the sixteen floats at `p` are at least z.
 inline uint32_t CountAtLeast16(const float* p, float z) {
-    using Ints = int32_t __attribute__((vector_size(16)));
     const Float4::Native bound = Float4(z).v;
-    const auto atLeast = [&](int i) -> Ints { return Float4::Load(p + i).v >= bound; }; // true is -1
-    const Ints n = (atLeast(0) + atLeast(4)) + (atLeast(8) + atLeast(12));
-    const Ints pairs = n + __builtin_shuffle(n, Ints{2, 3, 0, 1});
+    const auto atLeast = [&](int i) -> Int4 { return Float4::Load(p + i).v >= bound; }; // true is -1
+    const Int4 n = (atLeast(0) + atLeast(4)) + (atLeast(8) + atLeast(12));
+    const Int4 pairs = n + __builtin_shufflevector(n, n, 2, 3, 0, 1);
     return uint32_t(-(pairs[0] + pairs[1]));
 }
 /// `a` where a > b, else `b`, without a branch.
