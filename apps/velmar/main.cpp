@@ -180,7 +180,7 @@ int Main(int argc, char** argv) {
 int main(int argc, char** argv) {
 #if defined(__GLIBC__)
     // A picture's large arrays come and go bucket by bucket: they are given back to the system at once, not kept.
-    mallopt(M_MMAP_THRESHOLD, 64 * 1024);
+    mallopt(M_MMAP_THRESHOLD, 524288);
 #endif
     return velmar::Main(argc, argv);
 }

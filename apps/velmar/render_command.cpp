@@ -80,7 +80,7 @@ private:
         const auto result = host::RenderFrame(core, settings_, &progress_, picture_, stats);
         if (result == host::FrameResult::kAborted || Interrupted()) return false;
         SetPhase(Phase::kWriting);
-        Work([&] { host::WritePicture(picture_, file); });
+        Work([&] { host::WritePicture(picture_, file, stats.threads); });
         AddUp(stats);
         progress_.EndFrame(file);
         return !Interrupted() || index + 1 == int(options_.frames.size());

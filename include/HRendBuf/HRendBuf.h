@@ -123,8 +123,13 @@ private:
     int fieldSelect_ = 0;
     float shadowQuality_ = 5.0f;
 
-    std::vector<std::atomic<HRendBucket*>> buckets_; ///< null: not rendered, or freed
-    std::vector<bool> seenLiveCounts_;               ///< one entry more than there are buckets
+    struct BucketSlot {
+        std::atomic<HRendBucket*> bucket{nullptr};          ///< null: not rendered, or freed
+        std::atomic<uint32_t> touched{HRendBucket::kNever}; ///< last tick at which RenderBucket found it
+    };
+    std::vector<BucketSlot> buckets_;
+    std::atomic<bool> bucketsReady_{false}; ///< buckets_ has its final size
+    std::vector<bool> seenLiveCounts_;      ///< one entry more than there are buckets
     std::unique_ptr<HRendBucket> current_;
     uint32_t peakIdle_ = 0;
     int peakIdleBucket_ = -1;

@@ -11,6 +11,16 @@
 #include "Base/HUtil/ThreadVector.h"
 #include "HRendBuf/PackedTile.h"
 
+/// Copies a few elements. Up to a block behind the last one is read and written too.
+template <class T>
+inline void CopyBlocks(T* to, const T* from, size_t count) {
+    constexpr size_t kBlock = 32;
+    static_assert(kBlock <= PackedTile<HairFragment>::kPadding);
+    auto* out = reinterpret_cast<std::byte*>(to);
+    const auto* in = reinterpret_cast<const std::byte*>(from);
+    for (size_t i = 0; i < count * sizeof(T); i += kBlock) std::memcpy(out + i, in + i, kBlock);
+}
+
 template <class Fragment>
 class alignas(kThreadAlignment) OpenTile {
 public:
@@ -80,8 +90,9 @@ bool OpenTile<Fragment>::Reserve(Slot& slot, uint32_t capacity, const float* zMa
     std::unique_ptr<Packed[]> oldRests;
     if (end > size_) {
         const size_t size = end + end / 2 + 4096;
-        std::unique_ptr<float[]> depths(new (std::nothrow) float[size]);
-        std::unique_ptr<Packed[]> rests(new (std::nothrow) Packed[size]);
+        constexpr size_t kPadding = PackedTile<Fragment>::kPadding;
+        std::unique_ptr<float[]> depths(new (std::nothrow) float[size + kPadding]);
+        std::unique_ptr<Packed[]> rests(new (std::nothrow) Packed[size + kPadding]);
         if (!depths || !rests) {
             if (slot.capacity == 0) slot.count = 0;
             return false;
@@ -92,9 +103,9 @@ bool OpenTile<Fragment>::Reserve(Slot& slot, uint32_t capacity, const float* zMa
         oldRests = std::exchange(rest_, std::move(rests));
         size_ = size;
     }
-    std::copy_n(zMax, slot.count, zMax_.get() + used_);
-    std::fill_n(zMax_.get() + used_ + slot.count, capacity - slot.count, kFar);
-    std::copy_n(rest, slot.count, rest_.get() + used_);
+    CopyBlocks(zMax_.get() + used_, zMax, slot.count);
+    for (uint32_t i = slot.count; i < capacity; ++i) zMax_[used_ + i] = kFar;
+    CopyBlocks(rest_.get() + used_, rest, slot.count);
     slot.begin = uint32_t(used_);
     slot.capacity = capacity;
     used_ = end;
@@ -187,22 +198,25 @@ bool OpenTile<Fragment>::Close(PackedTile<Fragment>& tile) {
         total += slots_[p].capacity ? slots_[p].count : tile_->PixelEnd(p) - tile_->PixelBegin(p);
     PackedTile<Fragment> closed;
     if (!closed.Resize(pixels, total)) return false;
-    float* depths = closed.Depths();
-    Packed* rests = closed.Rests();
+    // A block copied too far is overwritten by what follows, or lands in the padding.
     size_t at = 0;
-    const auto append = [&](const float* zMax, const Packed* rest, size_t count) {
-        std::copy_n(zMax, count, depths + at);
-        std::copy_n(rest, count, rests + at);
-        at += count;
-    };
-    for (size_t p = 0; p < pixels; ++p) {
+    for (size_t p = 0; p < pixels;) {
         const Slot& slot = slots_[p];
-        if (slot.capacity)
-            append(zMax_.get() + slot.begin, rest_.get() + slot.begin, slot.count);
-        else if (!tile_->IsEmpty())
-            append(tile_->Depths() + tile_->PixelBegin(p), tile_->Rests() + tile_->PixelBegin(p),
-                   tile_->PixelEnd(p) - tile_->PixelBegin(p));
-        closed.SetPixelEnd(p, at);
+        if (slot.capacity) {
+            CopyBlocks(closed.Depths() + at, zMax_.get() + slot.begin, slot.count);
+            CopyBlocks(closed.Rests() + at, rest_.get() + slot.begin, slot.count);
+            at += slot.count;
+            closed.SetPixelEnd(p++, at);
+            continue;
+        }
+        const size_t begin = tile_->PixelBegin(p), shift = at - begin; // a stretch of pixels without samples
+        for (; p < pixels && !slots_[p].capacity; ++p) {
+            at = tile_->PixelEnd(p) + shift;
+            closed.SetPixelEnd(p, at);
+        }
+        const size_t count = at - shift - begin;
+        std::copy_n(tile_->Depths() + begin, count, closed.Depths() + begin + shift);
+        std::copy_n(tile_->Rests() + begin, count, closed.Rests() + begin + shift);
     }
     tile = std::move(closed);
     return true;

@@ -14,10 +14,13 @@ class PackedTile {
 public:
     using Packed = PackedFragment<Fragment>;
 
+    /// Bytes behind each array that copies in blocks may read and write.
+    static constexpr size_t kPadding = 64;
+
     /// Empties the tile and makes room. False, and unchanged, when memory is exhausted.
     bool Resize(size_t pixels, size_t fragments) {
-        std::unique_ptr<std::byte[]> memory(new (std::nothrow)
-                                                std::byte[fragments * (sizeof(float) + sizeof(Packed)) + 1]);
+        const size_t bytes = fragments * (sizeof(float) + sizeof(Packed)) + 2 * kPadding;
+        std::unique_ptr<std::byte[]> memory(new (std::nothrow) std::byte[bytes]);
         if (!memory) return false;
         memory_ = std::move(memory);
         count_ = fragments;
@@ -40,11 +43,15 @@ public:
 
     /// Near ends, and what belongs to them, of all fragments.
     const float* Depths() const { return reinterpret_cast<const float*>(memory_.get()); }
-    const Packed* Rests() const { return reinterpret_cast<const Packed*>(memory_.get() + count_ * sizeof(float)); }
+    const Packed* Rests() const {
+        return reinterpret_cast<const Packed*>(memory_ ? memory_.get() + RestsOffset() : nullptr);
+    }
     float* Depths() { return reinterpret_cast<float*>(memory_.get()); }
-    Packed* Rests() { return reinterpret_cast<Packed*>(memory_.get() + count_ * sizeof(float)); }
+    Packed* Rests() { return reinterpret_cast<Packed*>(memory_ ? memory_.get() + RestsOffset() : nullptr); }
 
 private:
+    size_t RestsOffset() const { return count_ * sizeof(float) + kPadding; }
+
     std::unique_ptr<std::byte[]> memory_; ///< all near ends, then all the rest
     std::vector<uint32_t> ends_;          ///< of each pixel's fragments
     size_t count_ = 0;

@@ -15,7 +15,7 @@ int FieldSelect(const RendParams& params) {
 HRendBuf::HRendBuf(IHRendOwner& owner) : owner_(owner), pixelLocks_(new std::mutex[kPixelLocks]) {}
 
 HRendBuf::~HRendBuf() {
-    for (auto& slot : buckets_) delete slot.load();
+    for (BucketSlot& slot : buckets_) delete slot.bucket.load();
 }
 
 int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x,
@@ -37,10 +37,20 @@ int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& 
     return RenderLocked(x, y, title);
 }
 
-/// HasBucket, as a use of the bucket.
+/// HasBucket, as a use of the bucket. A bucket that was found at this very tick is not looked for again: it cannot be
+/// freed before the idle timeout is over, and nearly every sample of a picture ends here.
 bool HRendBuf::TouchBucket(int x, int y) {
+    const uint32_t now = owner_.Settings().tick();
+    BucketSlot* slot = nullptr;
+    if (bucketsReady_.load(std::memory_order_acquire) && x >= 0 && y >= 0) {
+        slot = &buckets_[size_t(bucketGen_->GetBucketIndex(x, y))];
+        if (slot->touched.load(std::memory_order_acquire) == now && now != HRendBucket::kNever && Find(x, y))
+            return true;
+    }
     const std::lock_guard guard(bucketListLock_);
-    return FindTouched(x, y) != nullptr;
+    if (!FindTouched(x, y)) return false;
+    if (slot) slot->touched.store(now, std::memory_order_release);
+    return true;
 }
 
 bool HRendBuf::CreateGenerator() {
@@ -160,7 +170,7 @@ void HRendBuf::FinishBucket(int index) {
     bucket.Touch(HRendBucket::kNever);
 
     const std::lock_guard guard(bucketListLock_);
-    buckets_[size_t(index)].store(current_.release());
+    buckets_[size_t(index)].bucket.store(current_.release());
     UpdateMemory();
     const size_t live = size_t(LiveBuckets());
     if (seenLiveCounts_[live])
@@ -171,14 +181,14 @@ void HRendBuf::FinishBucket(int index) {
 
 void HRendBuf::UpdateMemory() {
     size_t bytes = shadowMap_.Memory();
-    for (const auto& slot : buckets_)
-        if (const HRendBucket* bucket = slot.load()) bytes += bucket->Memory();
+    for (const BucketSlot& slot : buckets_)
+        if (const HRendBucket* bucket = slot.bucket.load()) bytes += bucket->Memory();
     memoryBytes_ = bytes;
 }
 
 int HRendBuf::LiveBuckets() const {
-    return int(
-        std::count_if(buckets_.begin(), buckets_.end(), [](const auto& slot) { return slot.load() != nullptr; }));
+    return int(std::count_if(buckets_.begin(), buckets_.end(),
+                             [](const BucketSlot& slot) { return slot.bucket.load() != nullptr; }));
 }
 
 void HRendBuf::ReleaseIdleBuckets() {
@@ -186,19 +196,21 @@ void HRendBuf::ReleaseIdleBuckets() {
     const std::lock_guard guard(bucketListLock_);
     if (buckets_.empty() && bucketGen_) {
         const size_t count = size_t(bucketGen_->GetBucketCount());
-        buckets_ = std::vector<std::atomic<HRendBucket*>>(count);
+        buckets_ = std::vector<BucketSlot>(count);
         seenLiveCounts_.assign(count + 1, false);
+        bucketsReady_.store(true, std::memory_order_release);
     }
     const uint32_t now = settings.tick();
     for (size_t i = 0; i < buckets_.size(); ++i) {
-        HRendBucket* bucket = buckets_[i].load();
+        HRendBucket* bucket = buckets_[i].bucket.load();
         if (!bucket) continue;
         if (bucket->MaxIdle() > peakIdle_) {
             peakIdle_ = bucket->MaxIdle();
             peakIdleBucket_ = int(i);
         }
         if (!bucket->IsIdle(now, settings.idleTimeout)) continue;
-        buckets_[i].store(nullptr);
+        buckets_[i].touched.store(HRendBucket::kNever, std::memory_order_release);
+        buckets_[i].bucket.store(nullptr);
         delete bucket;
     }
 }

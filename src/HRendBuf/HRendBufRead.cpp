@@ -33,8 +33,9 @@ void Report(SamplerRecord& sampler, float nearClip) {
 } // namespace
 
 HRendBucket* HRendBuf::Find(int x, int y) const {
-    if (buckets_.empty() || x < 0 || y < 0) return nullptr;
-    HRendBucket* bucket = buckets_[size_t(bucketGen_->GetBucketIndex(x, y))].load(std::memory_order_acquire);
+    if (!bucketsReady_.load(std::memory_order_acquire) || x < 0 || y < 0) return nullptr;
+    const BucketSlot& slot = buckets_[size_t(bucketGen_->GetBucketIndex(x, y))];
+    HRendBucket* bucket = slot.bucket.load(std::memory_order_acquire);
     return bucket && bucket->Rect().Contains(x, y) ? bucket : nullptr;
 }
 

@@ -58,7 +58,7 @@ void OrderedInserter::EndBatch(uint32_t nextUnit) {
     for (auto& writer : writers_) writer->Reset();
     firstUnit_ = nextUnit;
     nextTile_ = 0;
-    bound_ = std::max(bytesPerThread_, FragmentBytes() / 2 / std::max<size_t>(1, writers_.size()));
+    bound_ = std::max(bytesPerThread_, FragmentBytes() / 4 / std::max<size_t>(1, writers_.size()));
 }
 
 size_t OrderedInserter::SampleBytes() const {

@@ -77,7 +77,7 @@ StrandShading::Frame StrandShading::MakeFrame(const Point3& p, const Point3& tan
         f.contextNormal = f.normal;
     } else {
         f.normal = Normalize(CrossProd(tangent, CrossProd(eye, tangent)));
-        f.side = Normalize(CrossProd(tangent, f.normal));
+        if (samples_ > 1 || wantsU_) f.side = Normalize(CrossProd(tangent, f.normal));
         f.contextNormal = hairShader_ ? Normalize(tangent) : f.normal;
     }
     return f;
