@@ -81,7 +81,7 @@ public:
         // Half the extent across; where the filter is larger than a pixel, all of its radius.
         const float e = (s_.width + std::max(s_.radius + 1.0f, 2.0f * s_.radius)) / 2.0f;
         const float along = e * cosine + e * sine, slope = minor / major;
-        const float half = (s_.width / 2.0f + s_.radius) / cosine + kMargin;
+        const float half = (s_.width / 2.0f + s_.radius) / cosine + kStripMargin;
         const int lo = XMajor ? span_.x0 : span_.y0, hi = XMajor ? span_.x1 : span_.y1;
         const int from = ClampToInt(std::floor(std::min(aMajor, aMajor + major) - along), lo, hi + 1);
         const int to = ClampToInt(std::ceil(std::max(aMajor, aMajor + major) + along), lo - 1, hi);
@@ -104,8 +104,9 @@ public:
 
 private:
     // The bounds of a row only save looking at pixels that the exact test would drop, so they are generous by a
-    // fraction of a pixel, and do not depend on the bucket.
-    static constexpr float kMargin = 0.25f;
+    // fraction of a pixel, and do not depend on the bucket. Edge lines may cross a row at a small angle, where rounding
+    // counts for more.
+    static constexpr float kMargin = 0.25f, kStripMargin = 0.03125f;
 
     /// An edge line as such a bound.
     class HalfPlane {
