@@ -4,6 +4,7 @@
 
 #include "core/node.h"
 #include "sdk/control.h"
+#include "sdk/hold.h"
 
 namespace host {
 
@@ -49,6 +50,7 @@ bool Node::SetTMController(Control* c) {
 }
 
 void Node::SetObjectOffset(const Matrix3& m) {
+    HoldValue(this, offset_, PlaceRestored);
     offset_ = m;
     TellTMChanged();
 }
@@ -85,7 +87,10 @@ void Node::InvalidateWorldState() {
 
 const ObjectState& Node::EvalWorldState(TimeValue t) {
     const std::lock_guard<std::recursive_mutex> lock(evalMutex_);
-    if (!state_.valid.InInterval(t)) EvalPipeline(t);
+    if (!state_.valid.InInterval(t)) {
+        const HoldSuspend unrecorded; // results are no edits
+        EvalPipeline(t);
+    }
     return state_;
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/paramblock2.h"
+#include "core/undo_records.h"
 #include "sdk/inode.h"
 #include "sdk/mtl.h"
 
@@ -157,7 +158,7 @@ bool ParamBlock2::SetCount(ParamID id, int n) {
     const int now = int(p->values.size());
     if (n < now) return Delete(id, n, now - n);
     if (n == now) return true;
-    p->values.resize(size_t(n));
+    for (int i = now; i < n; ++i) InsertEntry(*p, i);
     TellChanged(*p, -1);
     return true;
 }
@@ -168,11 +169,12 @@ bool ParamBlock2::Append(ParamID id, INode* node) {
     const int at = int(p->values.size());
     if (!Accepts(*p, node, at)) return false;
     const TargetWatch alive(this);
-    p->values.emplace_back();
+    HoldGroup group;
+    InsertEntry(*p, at);
     const bool stored = StoreReference(*p, 0, node, at);
     if (alive.Deleted()) return true;
     if (!stored || !p->values[size_t(at)].r) {
-        p->values.erase(p->values.begin() + at);
+        if (!group.TakeBack()) EraseEntry(*p, at);
         return false;
     }
     TellChanged(*p, at);
@@ -186,7 +188,7 @@ bool ParamBlock2::Delete(ParamID id, int start, int count) {
         return false;
     if (count == 0) return true;
     for (int i = start; i < start + count; ++i) ReplaceReference(SlotOf(*p, i), nullptr);
-    p->values.erase(p->values.begin() + start, p->values.begin() + start + count);
+    for (int i = start + count - 1; i >= start; --i) EraseEntry(*p, i);
     TellChanged(*p, -1);
     return true;
 }
@@ -242,8 +244,10 @@ RefTargetHandle ParamBlock2::Clone(RemapDir& remap) {
             ReferenceTarget* const r = from.values[i].r;
             if (!r) continue;
             const bool isNode = r->SuperClassID() == BASENODE_CLASS_ID;
-            ReferenceTarget* const own = isNode ? remap.FindMapping(r) : remap.CloneRef(r);
-            copy->ReplaceReference(copy->SlotOf(to, int(i)), own ? own : r);
+            ReferenceTarget* const own = isNode ? nullptr : remap.CloneRef(r);
+            const int slot = copy->SlotOf(to, int(i));
+            copy->ReplaceReference(slot, own ? own : r);
+            if (isNode) remap.Backpatch(copy, slot, r);
         }
     }
     return copy;

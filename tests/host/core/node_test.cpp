@@ -331,7 +331,7 @@ TEST_F(NodeTest, ClonesBelongToTheSameScene) {
 
 TEST(UserProps, LinesOfText) {
     Node n("n");
-    n.UserProperties().SetText(
+    n.SetUserPropText(
         "HairCollisionFriction = 0.25\r\nname=  two words \nno sign here\nCount = 12\nBad = 3x\n");
     float f = -1;
     int i = -1;
