@@ -149,6 +149,9 @@ RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID
         partID = PART_DISPLAY;
     else
         InvalidateWorldState();
+    // Whatever moved inside the object, the node did not. (A light that lists a child of its own target's would
+    // otherwise go on telling of movements for ever.)
+    if (partID & PART_TM) partID = PART_ALL & ~PART_TM;
     return REF_SUCCEED;
 }
 
