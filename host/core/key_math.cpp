@@ -67,7 +67,7 @@ Quat Curve(const Quat& a, const Point3& ta, const Quat& b, const Point3& tb, flo
 
 template <>
 float KeyDistance(const Quat& a, const Quat& b) {
-    return Length(LogOf(Conjugate(a) * b));
+    return a == b ? 0.0f : Length(LogOf(Conjugate(a) * b));
 }
 
 } // namespace host
