@@ -155,10 +155,11 @@ constexpr SceneKey kKeys[] = {
     {"parameter", kText, "", "", "the parameter's internal or script name"},
     {"values", kRows, "[]", "", "[frame, value] or [frame, red, green, blue] for every key"},
     {"interpolation", kChoice, "\"linear\"", "",
-     "how values go from key to key. A bezier key may have its own tangents: behind the value the change a frame on "
+     "how values go from key to key; constant is another word for step. A bezier key may have its own tangents: behind "
+     "the value the change a frame on "
      "the "
      "way in, then on the way out (rotations: degrees a frame about the parent's X, Y and Z)",
-     0, 0, "linear|bezier|step"},
+     0, 0, "linear|bezier|step|constant"},
     {"tangents", kChoice, "\"auto\"", "",
      "of bezier keys without own ones: along the neighbours, never beyond their values, or smooth at any rate", 0, 0,
      "auto|smooth"},

@@ -1,5 +1,6 @@
 // [[keys]].
 
+#include <algorithm>
 #include <numbers>
 
 #include "core/controllers.h"
@@ -23,7 +24,7 @@ struct Row {
 class KeySettings {
 public:
     KeySettings(LoadContext& context, const SectionReader& reader) : context_(context), reader_(reader) {
-        interpolation_ = Interpolation(reader.Choice("interpolation"));
+        interpolation_ = Interpolation(std::min(reader.Choice("interpolation"), int(kStep))); // kStep has two words
         constexpr TangentType kTypes[] = {TangentType::Linear, TangentType::Auto, TangentType::Step};
         type_ = kTypes[interpolation_];
         if (interpolation_ == kBezier && reader.Choice("tangents") == 1) type_ = TangentType::Smooth;
