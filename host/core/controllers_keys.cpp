@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "core/controllers.h"
-#include "core/undo_records.h"
+#include "sdk/hold.h"
 
 namespace host {
 

@@ -29,8 +29,8 @@ Node::~Node() {
     DeleteAllRefs();
 }
 
-void Node::TellChanged(PartID part, RefMessage message) {
-    NotifyDependents(FOREVER, part, message);
+void Node::TellChanged(PartID part, RefMessage message, const Interval& when) {
+    NotifyDependents(when, part, message);
 }
 
 Node* Node::GetChildNode(int i) {
@@ -127,7 +127,8 @@ void Node::SetReference(int i, RefTargetHandle target) {
     }
 }
 
-RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID& partID, RefMessage message) {
+RefResult Node::NotifyRefChanged(const Interval& changeInt, RefTargetHandle target, PartID& partID,
+                                 RefMessage message) {
     if (message == REFMSG_TARGET_DELETED) {
         for (int i = NumModifiers() - 1; i >= 0; --i)
             if (!modifiers_[size_t(i)]) EraseModifierSlot(i);
@@ -140,7 +141,7 @@ RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID
     if (target == tm_ || target == target_) {
         // A target counts by its place only.
         if (target == target_ && !(partID & PART_TM)) return REF_STOP;
-        TellTMChanged();
+        TellTMChanged(changeInt);
         return REF_STOP;
     }
     if (target == mtl_)

@@ -122,8 +122,8 @@ private:
     template <class T>
     void SetDisplayValue(T& place, const T& value);
     static bool PlaceDependsOn(INode* node, INode* on);
-    void TellTMChanged();
-    void TellChanged(PartID part, RefMessage message = REFMSG_CHANGE);
+    void TellTMChanged(const Interval& when = FOREVER);
+    void TellChanged(PartID part, RefMessage message = REFMSG_CHANGE, const Interval& when = FOREVER);
     void EvalPipeline(TimeValue t);
     void OwnLikeThis(RefTargetHandle copy);
     Matrix3 LookAt(const Matrix3& tm, TimeValue t, Interval& valid);

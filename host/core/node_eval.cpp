@@ -73,11 +73,11 @@ bool Node::PlaceDependsOn(INode* node, INode* on) {
 }
 
 // A moved node moves everything below it.
-void Node::TellTMChanged() {
-    TellChanged(PART_TM);
+void Node::TellTMChanged(const Interval& when) {
+    TellChanged(PART_TM, REFMSG_CHANGE, when);
     const std::vector<Node*> children = children_;
     for (Node* const child : children)
-        if (std::find(children_.begin(), children_.end(), child) != children_.end()) child->TellTMChanged();
+        if (std::find(children_.begin(), children_.end(), child) != children_.end()) child->TellTMChanged(when);
 }
 
 void Node::InvalidateWorldState() {

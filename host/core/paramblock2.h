@@ -95,7 +95,7 @@ private:
     bool SetReferenceValue(ParamID id, TimeValue t, ReferenceTarget* v, int tabIndex, bool node);
     bool StoreReference(Param& p, TimeValue t, ReferenceTarget* v, int tabIndex);
     bool Accepts(const Param& p, ReferenceTarget* v, int tabIndex);
-    void TellChanged(const Param& p, int tabIndex, PartID part = PART_ALL);
+    void TellChanged(const Param& p, int tabIndex, PartID part = PART_ALL, const Interval& when = FOREVER);
     void HoldNumber(Param& p);
     void HoldEntry(const Param& p, int at, bool present);
     void InsertEntry(Param& p, int at);

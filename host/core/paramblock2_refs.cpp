@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "core/paramblock2.h"
-#include "core/undo_records.h"
+#include "sdk/hold.h"
 #include "sdk/inode.h"
 #include "sdk/mtl.h"
 
@@ -68,11 +68,11 @@ void ParamBlock2::SetReference(int i, RefTargetHandle target) {
         place.param->values[size_t(place.entry)].r = target;
 }
 
-void ParamBlock2::TellChanged(const Param& p, int tabIndex, PartID part) {
+void ParamBlock2::TellChanged(const Param& p, int tabIndex, PartID part, const Interval& when) {
     const TargetWatch alive(this);
     const ParamID outerParam = std::exchange(lastParam_, p.def->id);
     const int outerEntry = std::exchange(lastEntry_, tabIndex);
-    NotifyDependents(FOREVER, part, REFMSG_CHANGE);
+    NotifyDependents(when, part, REFMSG_CHANGE);
     if (alive.Deleted()) return;
     lastParam_ = outerParam;
     lastEntry_ = outerEntry;
@@ -84,7 +84,8 @@ ParamID ParamBlock2::LastNotifyParamID(int* tabIndex) {
 }
 
 // Passes changes of controllers and sub-objects on under the block's own name, with the parameter they belong to.
-RefResult ParamBlock2::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID& partID, RefMessage message) {
+RefResult ParamBlock2::NotifyRefChanged(const Interval& changeInt, RefTargetHandle target, PartID& partID,
+                                        RefMessage message) {
     if (message == REFMSG_TARGET_DELETED) {
         // Which parameter lost its value cannot be told any more: the slot is empty already.
         NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
@@ -95,7 +96,7 @@ RefResult ParamBlock2::NotifyRefChanged(const Interval&, RefTargetHandle target,
     for (const Param& p : params_) {
         for (size_t i = 0; i < p.values.size(); ++i) {
             if (p.control != target && p.values[i].r != target) continue;
-            TellChanged(p, int(i), partID);
+            TellChanged(p, int(i), partID, changeInt);
             return REF_STOP;
         }
     }

@@ -1,8 +1,7 @@
 #include "core/scene_refs.h"
+#include "sdk/hold.h"
 
 #include <algorithm>
-
-#include "core/undo_records.h"
 
 namespace host {
 

@@ -18,12 +18,6 @@ void RefRestore::Exchange() {
     maker->ReferenceRestored(which_);
 }
 
-void SlotRestore::Turn() {
-    if (!maker_.Maker()) return;
-    present_ = !present_;
-    change_(present_);
-}
-
 OwnerRestore::~OwnerRestore() {
     const RefTargetHandle target = target_.Target();
     if (!target || owned_ || TargetOwner::Of(target)) return;

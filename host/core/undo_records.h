@@ -1,8 +1,6 @@
 #pragma once
 // Undo records of the reference system and of a scene's ownership.
 
-#include <functional>
-
 #include "core/target_owner.h"
 #include "sdk/hold.h"
 
@@ -24,23 +22,6 @@ private:
     bool wasEmpty_;
 };
 
-/// An empty slot came into a list of references or went out of it. What the slot held is a RefRestore of its own.
-class SlotRestore : public RestoreObj {
-public:
-    /// `present`: the slot is there now. `change(true)` puts an empty slot in, `change(false)` takes it out.
-    SlotRestore(ReferenceMaker* maker, bool present, std::function<void(bool)> change)
-        : maker_(maker), present_(present), change_(std::move(change)) {}
-    void Restore(int) override { Turn(); }
-    void Redo() override { Turn(); }
-    TSTR Description() override { return "List"; }
-
-private:
-    void Turn();
-    MakerHandle maker_;
-    bool present_;
-    std::function<void(bool)> change_;
-};
-
 /// An object came into a scene or went out of it. While it is out it belongs to the record.
 class OwnerRestore : public RestoreObj {
 public:
@@ -58,31 +39,6 @@ private:
     MakerHandle target_;
     bool owned_;
     size_t index_;
-};
-
-/// Joins the records made in a scope, when a hold is open, so that a failed edit can take them back by itself.
-class HoldGroup {
-public:
-    HoldGroup() : open_(theHold.Holding()) {
-        if (open_) theHold.Begin();
-    }
-    ~HoldGroup() { Close(true); }
-    HoldGroup(const HoldGroup&) = delete;
-    HoldGroup& operator=(const HoldGroup&) = delete;
-    /// True when records were taken back; without a hold there are none, and the caller undoes its edit itself.
-    bool TakeBack() { return Close(false); }
-
-private:
-    bool Close(bool keep) {
-        if (!open_) return false;
-        open_ = false;
-        if (keep)
-            theHold.Accept("");
-        else
-            theHold.Cancel();
-        return true;
-    }
-    bool open_;
 };
 
 /// Takes an object out of its scene as DeleteThis would delete it, but so that theHold can bring it back: its

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -143,3 +144,50 @@ template <class T>
 void HoldValue(ReferenceMaker* owner, T& place, typename ValueRestore<T>::Told told = nullptr) {
     if (theHold.Holding()) theHold.Put(new ValueRestore<T>(owner, place, told));
 }
+
+/// An empty slot came into a list of references or went out of it. What the slot held is a RefRestore of its own.
+class SlotRestore : public RestoreObj {
+public:
+    /// `present`: the slot is there now. `change(true)` puts an empty slot in, `change(false)` takes it out.
+    SlotRestore(ReferenceMaker* maker, bool present, std::function<void(bool)> change)
+        : maker_(maker), present_(present), change_(std::move(change)) {}
+    void Restore(int) override { Turn(); }
+    void Redo() override { Turn(); }
+    TSTR Description() override { return "List"; }
+
+private:
+    void Turn() {
+        if (!maker_.Maker()) return;
+        present_ = !present_;
+        change_(present_);
+    }
+
+    MakerHandle maker_;
+    bool present_;
+    std::function<void(bool)> change_;
+};
+
+/// Joins the records made in a scope, when a hold is open, so that a failed edit can take them back by itself.
+class HoldGroup {
+public:
+    HoldGroup() : open_(theHold.Holding()) {
+        if (open_) theHold.Begin();
+    }
+    ~HoldGroup() { Close(true); }
+    HoldGroup(const HoldGroup&) = delete;
+    HoldGroup& operator=(const HoldGroup&) = delete;
+    /// True when records were taken back; without a hold there are none, and the caller undoes its edit itself.
+    bool TakeBack() { return Close(false); }
+
+private:
+    bool Close(bool keep) {
+        if (!open_) return false;
+        open_ = false;
+        if (keep)
+            theHold.Accept("");
+        else
+            theHold.Cancel();
+        return true;
+    }
+    bool open_;
+};
