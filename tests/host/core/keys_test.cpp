@@ -230,14 +230,7 @@ RC_GTEST_PROP(Keys, ValidityIsTrue, ()) {
 
 // A change of a key is told with an interval outside of which values stay.
 RC_GTEST_PROP(Keys, ChangesAreToldForTheTimesTheyTouch, ()) {
-    struct Listener : Thing {
-        using Thing::Thing;
-        Interval told = NEVER;
-        RefResult NotifyRefChanged(const Interval& changed, RefTargetHandle, PartID&, RefMessage) override {
-            told = changed;
-            return REF_STOP;
-        }
-    } listener(1);
+    TimesListener listener;
     FloatControl c(KeyClass::Bezier);
     listener.ReplaceReference(0, &c);
     for (int i = 0; i < 8; ++i)

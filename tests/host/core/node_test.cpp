@@ -189,14 +189,7 @@ TEST_F(NodeTest, ChangesSendTheirOwnMessages) {
 }
 
 TEST_F(NodeTest, AMovedKeyIsToldForItsTimes) {
-    struct Listener : Thing {
-        using Thing::Thing;
-        Interval told = NEVER;
-        RefResult NotifyRefChanged(const Interval& changed, RefTargetHandle, PartID&, RefMessage) override {
-            told = changed;
-            return REF_STOP;
-        }
-    } above(1), lit(1);
+    TimesListener above, lit;
     Node* const parent = core.CreateNode("parent");
     Node* const child = core.CreateNode("child", nullptr, parent);
     auto* const prs = new PrsControl;

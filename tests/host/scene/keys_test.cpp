@@ -12,12 +12,11 @@ namespace {
 class SceneKeys : public SceneTest {
 protected:
     static constexpr TimeValue kFrame = 160;
-    LoadedScene LoadKeys(const std::string& keys) {
-        return Load("[scene]\nfps = 30\n[[node]]\nname = 'b'\nprimitive = 'box'\n[[light]]\nname = 'l'\n[[keys]]\n" +
-                    keys);
-    }
-    std::string KeysProblem(const std::string& keys) {
-        return Problem("[[node]]\nname = 'b'\nprimitive = 'box'\n[[light]]\nname = 'l'\n[[keys]]\n" + keys);
+    LoadedScene LoadKeys(const std::string& keys) { return Load(WithKeys("[scene]\nfps = 30\n", keys)); }
+    std::string KeysProblem(const std::string& keys) { return Problem(WithKeys("", keys)); }
+    static std::string WithKeys(std::string scene, const std::string& keys) {
+        scene.append("[[node]]\nname = 'b'\nprimitive = 'box'\n[[light]]\nname = 'l'\n[[keys]]\n");
+        return scene.append(keys);
     }
     float Multiplier(double frame) {
         return FloatOf(NodeOf("l")->GetObjectRef(), "multiplier", TimeValue(frame * kFrame));
