@@ -1,8 +1,8 @@
 // Fixed-size block allocators, so that strands and fragments do not reach the general allocator while rendering.
 #pragma once
 
+#include "DebugTools/BiasedSection.h"
 #include "DebugTools/MemTracker.h"
-#include "DebugTools/platform/Thread.h"
 
 #include <atomic>
 #include <cstddef>
@@ -110,17 +110,17 @@ public:
     Pool(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr);
 
     void* Alloc(int slot) override {
-        diag::ScopedLock lock(section_);
+        diag::BiasedLock lock(section_);
         return lists_.Alloc(slot);
     }
     void Free(void* block, int slot) override {
-        diag::ScopedLock lock(section_);
+        diag::BiasedLock lock(section_);
         lists_.Free(block, slot);
     }
     size_t GetSize() const override { return lists_.GetSize(); }
 
 private:
-    diag::CriticalSection section_;
+    diag::BiasedSection section_;
     diag::BlockLists lists_;
 };
 

@@ -14,6 +14,14 @@ diag::CriticalSection& ProcessLock() {
     return *section;
 }
 
+// The lock is held for some counters only: trying again is cheaper than being put to sleep.
+void EnterProcessLock() {
+    constexpr int kTries = 100;
+    for (int i = 0; i < kTries; ++i)
+        if (ProcessLock().TryEnter()) return;
+    ProcessLock().Enter();
+}
+
 // Asked for at every allocation, so it is kept: the operating system's own answer costs a call into it. In a forked
 // child the one thread goes on with its parent's id, which is right here: its records are the parent's.
 uint32_t KeptThreadId() {
@@ -21,7 +29,7 @@ uint32_t KeptThreadId() {
     return id;
 }
 
-constexpr ThreadOps kOsThreads = {KeptThreadId, [] { ProcessLock().Enter(); }, [] { ProcessLock().Leave(); }};
+constexpr ThreadOps kOsThreads = {KeptThreadId, EnterProcessLock, [] { ProcessLock().Leave(); }};
 
 } // namespace
 
