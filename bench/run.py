@@ -80,7 +80,7 @@ def main():
     for name, rate in rates("raster_bench").items():
         print(f"{name[3:]:<19} {rate / 1e6:6.1f} M/s")
 
-    heading("Pairs of allocate and free, 32 bytes, in batches")
+    heading("Pairs of allocate and free, 24 bytes, in batches")
     memory()
 
     heading("Where the time goes")

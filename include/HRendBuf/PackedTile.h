@@ -7,10 +7,9 @@
 
 #include <cstdint>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <vector>
 
+#include "DebugTools/SharedArray.h"
 #include "HRendBuf/FragmentList.h"
 
 /// A fragment without its near end, which is the key it is found by.
@@ -114,8 +113,8 @@ private:
 template <class Fragment>
 struct PackedScratch {
     using Packed = PackedFragment<Fragment>;
-    std::unique_ptr<float[]> zMax;
-    std::unique_ptr<Packed[]> rest;
+    diag::SharedArray<float> zMax;
+    diag::SharedArray<Packed> rest;
     std::vector<uint32_t> ends;
     size_t count = 0;
 
@@ -126,8 +125,10 @@ struct PackedScratch {
         if (capacity <= capacity_) return true;
         const size_t size = capacity + capacity / 4;
         capacity_ = 0;
-        zMax.reset(new (std::nothrow) float[size]);
-        rest.reset(new (std::nothrow) Packed[size]);
+        zMax.reset();
+        rest.reset(); // first, so that old and new are not held at once
+        zMax = SHARED_ARRAY(float, size);
+        rest = SHARED_ARRAY(Packed, size);
         if (!zMax || !rest) return false;
         capacity_ = size;
         return true;
@@ -164,8 +165,7 @@ public:
     }
     /// Becomes what the scratch holds. False, and unchanged, when memory is exhausted.
     bool Assign(const Scratch& scratch) {
-        std::unique_ptr<std::byte[]> memory(new (std::nothrow)
-                                                std::byte[scratch.count * (sizeof(float) + sizeof(Packed)) + 1]);
+        diag::SharedArray<std::byte> memory = SHARED_ARRAY(std::byte, scratch.count * (sizeof(float) + sizeof(Packed)));
         if (!memory) return false;
         memory_ = std::move(memory);
         count_ = scratch.count;
@@ -193,7 +193,7 @@ private:
     const float* Depths() const { return reinterpret_cast<const float*>(memory_.get()); }
     const Packed* Rests() const { return reinterpret_cast<const Packed*>(memory_.get() + count_ * sizeof(float)); }
 
-    std::unique_ptr<std::byte[]> memory_; ///< all near ends, then all the rest
+    diag::SharedArray<std::byte> memory_; ///< all near ends, then all the rest
     std::vector<uint32_t> ends_;          ///< of each pixel's fragments
     size_t count_ = 0;
 };

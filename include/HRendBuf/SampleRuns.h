@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "DebugTools/SharedArray.h"
 #include "HRendBuf/FragmentList.h"
 #include "HRendBuf/PixelRect.h"
 #include "sdk/point2.h"
@@ -58,7 +59,8 @@ public:
 
     /// Empties the runs for a bucket of `tiles` tiles.
     void Setup(int tiles);
-    /// The place of the next record of `tile`. Never fails: storage grows by slabs.
+    /// The place of the next record of `tile`. Throws std::bad_alloc when memory is exhausted: storage
+    /// grows by slabs.
     Record& Append(int tile) {
         Cursor& c = cursors_[tile];
         if (c.pos == c.end) Grow(c, tile);
@@ -109,7 +111,7 @@ private:
 
     std::vector<Cursor> cursors_;
     std::vector<int> touched_; ///< tiles with a run
-    std::vector<std::unique_ptr<Chunk[]>> slabs_;
+    std::vector<diag::SharedArray<Chunk>> slabs_;
     size_t usedChunks_ = 0;
 };
 

@@ -6,6 +6,7 @@
 
 #include "Base/CreateHair/WorkerPool.h"
 #include "DebugTools/Assert.h"
+#include "DebugTools/MemTracker.h"
 #include "sdk/core.h"
 
 namespace {
@@ -218,8 +219,7 @@ bool HairRender::Aborted() {
 }
 
 bool HairRender::MemoryIsTight() {
-    const HRendBuf* buffer = CameraBuffer();
-    return buffer && buffer->MemoryInUse() > diag::GetMemoryAmounts().physicalTotal / 4;
+    return TrackerAmounts().allocated > diag::GetMemoryAmounts().physicalTotal / 4;
 }
 
 void HairRender::Assert(const char*) {
