@@ -36,11 +36,11 @@ void PutId(Picture& out, uint32_t channel, size_t index, int id) {
 } // namespace
 
 BandRenderer::BandRenderer(Core& core, RenderContext& render, const FrameSettings& settings, int threads, Picture& out,
-                           RenderProgress* progress)
+                           IProgressIndicator* progress)
     : core_(core), render_(render), settings_(settings), threads_(threads), out_(out), progress_(progress) {}
 
 bool BandRenderer::Run() {
-    const EffectProgress effects(core_, progress_, linesDone_, settings_.height);
+    const EffectProgress effects(core_, progress_, mutex_, linesDone_, settings_.height);
     std::vector<std::thread> others;
     for (int i = 1; i < threads_; ++i) others.emplace_back([this] { Work(); });
     Work();
@@ -138,7 +138,9 @@ void BandRenderer::Put(int x, int y, const PixelSample& s, const SurfaceSample& 
 void BandRenderer::BandDone(int lines) {
     const std::lock_guard<std::mutex> lock(mutex_);
     linesDone_ += lines;
-    if (progress_) progress_->Report("Rendering", linesDone_, settings_.height);
+    if (!progress_) return;
+    progress_->SetObject("Rendering", settings_.height);
+    progress_->SetObjectProgress(linesDone_);
 }
 
 } // namespace host

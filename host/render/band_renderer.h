@@ -21,7 +21,7 @@ namespace host {
 class BandRenderer {
 public:
     BandRenderer(Core& core, RenderContext& render, const FrameSettings& settings, int threads, Picture& out,
-                 RenderProgress* progress);
+                 IProgressIndicator* progress);
     /// False when the render was aborted. Rethrows what a thread threw.
     bool Run();
     uint64_t Samples() const { return samples_; }
@@ -42,7 +42,7 @@ private:
     const FrameSettings& settings_;
     int threads_;
     Picture& out_;
-    RenderProgress* progress_;
+    IProgressIndicator* progress_;
     std::atomic<int> nextBand_{0};
     std::atomic<bool> stop_{false};
     std::atomic<uint64_t> samples_{0}, segments_{0};

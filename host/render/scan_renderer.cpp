@@ -116,7 +116,7 @@ int ThreadCount(int requested) {
     return std::clamp(requested > 0 ? requested : processors, 1, 256);
 }
 
-FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, RenderProgress* progress, Picture& out,
+FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                                  FrameStats& stats) {
     const auto start = std::chrono::steady_clock::now();
     const double cpuStart = ProcessCpuSeconds();

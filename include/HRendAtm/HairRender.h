@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "Base/ProgressInd.h"
 #include "DebugTools/Platform.h"
 #include "HRendBuf/HRendBuf.h"
 #include "sdk/atmos.h"
@@ -57,6 +58,8 @@ struct CameraFrame {
     HairImageInfo image;
     ViewParamsEx view;
     RenderGlobalContext* context = nullptr; ///< null: the view is the active viewport's
+    EffectProgInd hostProgress{nullptr};    ///< towards the host, where somebody watches the render there
+    bool hostWatches = false;
     std::unique_ptr<HRendBuf> buffer;
 };
 
@@ -142,6 +145,9 @@ private:
     void RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel);
     void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans);
     bool Refuses(const ShadeContext& sc) const;
+    void SetUpFrame(CameraFrame& frame);
+    void OpenProgress();
+    IProgressIndicator* ProgressFor(CameraFrame& frame);
 
     // IHRendOwner.
     HRendSettings& Settings() override { return settings_; }
@@ -164,7 +170,8 @@ private:
     std::unique_ptr<LineFilter> filter_;
     std::atomic<bool> inactive_{true};
     std::shared_ptr<CameraFrame> frame_; ///< guarded by prepareLock_
-    diag::CriticalSection prepareLock_;  ///< "prepare render"
+    StandaloneProgInd progress_{StandaloneProgInd::kObject};
+    diag::CriticalSection prepareLock_; ///< "prepare render"
     void* blender_ = nullptr;
     IParamBlock2* block_ = nullptr;
 };

@@ -7,11 +7,13 @@
 #include "Base/CreateHair/WorkerPool.h"
 #include "DebugTools/Assert.h"
 #include "DebugTools/MemTracker.h"
+#include "HairDLL/StringTable.h"
 #include "sdk/core.h"
 
 namespace {
 
 constexpr int kMaxThreads = 16;
+constexpr int kProgressTitle = 40503;
 
 HairRender* existing = nullptr;
 
@@ -157,14 +159,22 @@ void HairRender::RebuildFilter(int type, float size) {
     settings_.filter = filter_.get();
 }
 
+// A window is for a host that shows dialogs and does not watch the render by other means.
+void HairRender::OpenProgress() {
+    Interface* host = GetCOREInterface();
+    if (useProgress_ && host && !host->GetQuietMode()) progress_.Start();
+}
+
 int HairRender::RenderBegin(TimeValue t) {
     blender_ = nullptr;
+    progress_.SetTitle(FindString(kProgressTitle));
     ClearStats();
     if (Active(t)) ReadParameters(t);
     ChooseBuckets(t);
     RebuildFilter(filterType_, filterSize_);
     inactive_ = false;
     time_ = t;
+    OpenProgress();
     return 1;
 }
 
@@ -186,6 +196,7 @@ int HairRender::Update(TimeValue t, Interval&) {
 
 int HairRender::RenderEnd(TimeValue) {
     stats_.gbufferBytes = 0;
+    progress_.End();
     if (inactive_) return 1;
     {
         diag::ScopedLock lock(prepareLock_);

@@ -57,20 +57,32 @@ std::shared_ptr<CameraFrame> HairRender::FrameFromViewport(ShadeContext& sc) {
     return same ? frame_ : frame;
 }
 
+void HairRender::SetUpFrame(CameraFrame& frame) {
+    Interface* host = GetCOREInterface();
+    RendProgressCallback* callback = host ? host->GetRenderProgress() : nullptr;
+    frame.hostWatches = callback != nullptr;
+    frame.hostProgress = EffectProgInd(callback);
+    frame.buffer = std::make_unique<HRendBuf>(*this);
+}
+
+/// Who is told about a bucket: the host when it watches, else the renderer's own window.
+IProgressIndicator* HairRender::ProgressFor(CameraFrame& frame) {
+    if (!useProgress_) return nullptr;
+    return frame.hostWatches ? static_cast<IProgressIndicator*>(&frame.hostProgress) : &progress_;
+}
+
 std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
     diag::ScopedLock lock(prepareLock_);
     if (inactive_) return nullptr;
     std::shared_ptr<CameraFrame> frame = sc.globContext ? FrameFromContext(*sc.globContext) : FrameFromViewport(sc);
-    if (frame && !frame->buffer) frame->buffer = std::make_unique<HRendBuf>(*this);
+    if (frame && !frame->buffer) SetUpFrame(*frame);
     if (frame) frame_ = frame;
     return frame;
 }
 
 void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
-    Interface* host = GetCOREInterface();
-    RendProgressCallback* progress = host && useProgress_ ? host->GetRenderProgress() : nullptr;
     const int elapsed = frame.buffer->RenderBucket(HRM_IMAGE, time_, frame.image, frame.view, pixel.x, pixel.y,
-                                                   progress, nullptr, frame.context);
+                                                   ProgressFor(frame), nullptr, frame.context);
     if (elapsed == 0) return;
     stats_.strands += frame.buffer->RenderedStrands();
     const int bytes = int(std::min<size_t>(frame.buffer->MemoryInUse(), 0x7fffffff));

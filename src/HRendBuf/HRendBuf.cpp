@@ -19,7 +19,7 @@ HRendBuf::~HRendBuf() {
 }
 
 int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x,
-                           int y, RendProgressCallback* progress, const char* title, RenderGlobalContext* context) {
+                           int y, IProgressIndicator* progress, const char* title, RenderGlobalContext* context) {
     if (mode == HRM_GBUFFER) {
         owner_.Assert("The render buffer draws no G-buffer channels.");
         return 0;
@@ -120,17 +120,19 @@ void HRendBuf::SetTitle(const char* title, int total) {
     progressTotal_ = total;
     if (!progress_) return;
     if (title)
-        progress_->SetTitle(title);
+        progress_->SetObject(title, total);
     else if (view_.cameraNode)
-        progress_->SetTitle((std::string("View From ") + view_.cameraNode->GetName()).c_str());
+        progress_->SetObject(std::string("View From ") + view_.cameraNode->GetName(), total);
     else
-        progress_->SetTitle("Camera View");
-    progress_->Progress(0, total);
+        progress_->SetObject("Camera View", total);
+    progress_->SetObjectProgress(0);
 }
 
 bool HRendBuf::Advance(int strands) {
     progressDone_ += strands;
-    return !progress_ || progress_->Progress(progressDone_, progressTotal_) != 0;
+    if (!progress_) return true;
+    progress_->SetObjectProgress(progressDone_);
+    return !progress_->IsCancelled();
 }
 
 void HRendBuf::RenderSource(IHairSource& source) {
@@ -157,7 +159,7 @@ void HRendBuf::FinishBucket(int index) {
     if (HairFragment* const* heads = bucket.ImageHeads())
         for (int i = 0; i < bucket.PixelCount(); ++i)
             for (const HairFragment* f = heads[i]; f; f = f->next) ++madeFragments_;
-    if (progress_) progress_->Progress(progressTotal_, progressTotal_);
+    if (progress_) progress_->SetObjectProgress(progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 
     const std::lock_guard guard(bucketListLock_);
