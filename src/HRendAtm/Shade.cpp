@@ -5,6 +5,7 @@
 
 #include "Base/CreateHair/WorkerPool.h"
 #include "DebugTools/Assert.h"
+#include "DebugTools/Tracer.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "sdk/core.h"
@@ -116,6 +117,7 @@ void HairRender::ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col
 
 void HairRender::Shade(ShadeContext& sc, const Point3& p0, const Point3& p1, Color& col, Color& trans, bool) {
     if (blender_ || Refuses(sc)) return;
+    TRACE_SCOPE("HairRender::Shade");
     try {
         ShadeSegment(sc, p0, p1, col, trans);
     } catch (...) {

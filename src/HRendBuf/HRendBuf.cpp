@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Base/HairMath.h"
+#include "DebugTools/Tracer.h"
 #include "sdk/inode.h"
 
 int FieldSelect(const RendParams& params) {
@@ -66,6 +67,7 @@ bool HRendBuf::CreateGenerator() {
 }
 
 int HRendBuf::RenderLocked(int x, int y, const char* title) {
+    TRACE_SCOPE("RenderBucket");
     const HRendSettings& settings = owner_.Settings();
     ReleaseIdleBuckets();
     const uint32_t start = settings.tick();
