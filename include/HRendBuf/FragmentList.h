@@ -1,13 +1,8 @@
 #pragma once
 // Insertion into a pixel's depth-sorted list, with merging of what lies close together.
 
-#include <new>
-
-#include "DebugTools/MemMgr.h"
+#include "HRendBuf/FragmentPool.h"
 #include "HRendBuf/HairFragment.h"
-
-/// The allocator of the render buffer, known by its type so that calls need no look-up.
-using FragmentAllocator = MemoryManager;
 
 /// A sample of the image pass.
 struct ImagePoint {

@@ -24,7 +24,7 @@
 class OrderedInserter {
 public:
     /// Most threads that can take part.
-    static constexpr int kMaxThreads = IMemMgr::kSlots;
+    static constexpr int kMaxThreads = FragmentPool::kSlots;
 
     /// Prepares for a bucket; the first unit is number 0. A thread is Full from `bytesPerThread` bytes of samples on
     /// (or more, see above); it exceeds that by what its last unit draws.

@@ -7,9 +7,10 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <vector>
 
-#include "DebugTools/SharedArray.h"
 #include "HRendBuf/FragmentList.h"
 
 /// A fragment without its near end, which is the key it is found by.
@@ -113,8 +114,8 @@ private:
 template <class Fragment>
 struct PackedScratch {
     using Packed = PackedFragment<Fragment>;
-    diag::SharedArray<float> zMax;
-    diag::SharedArray<Packed> rest;
+    std::unique_ptr<float[]> zMax;
+    std::unique_ptr<Packed[]> rest;
     std::vector<uint32_t> ends;
     size_t count = 0;
 
@@ -125,10 +126,8 @@ struct PackedScratch {
         if (capacity <= capacity_) return true;
         const size_t size = capacity + capacity / 4;
         capacity_ = 0;
-        zMax.reset();
-        rest.reset(); // first, so that old and new are not held at once
-        zMax = SHARED_ARRAY(float, size);
-        rest = SHARED_ARRAY(Packed, size);
+        zMax.reset(new (std::nothrow) float[size]);
+        rest.reset(new (std::nothrow) Packed[size]);
         if (!zMax || !rest) return false;
         capacity_ = size;
         return true;
@@ -165,7 +164,8 @@ public:
     }
     /// Becomes what the scratch holds. False, and unchanged, when memory is exhausted.
     bool Assign(const Scratch& scratch) {
-        diag::SharedArray<std::byte> memory = SHARED_ARRAY(std::byte, scratch.count * (sizeof(float) + sizeof(Packed)));
+        std::unique_ptr<std::byte[]> memory(new (std::nothrow)
+                                                std::byte[scratch.count * (sizeof(float) + sizeof(Packed)) + 1]);
         if (!memory) return false;
         memory_ = std::move(memory);
         count_ = scratch.count;
@@ -193,7 +193,7 @@ private:
     const float* Depths() const { return reinterpret_cast<const float*>(memory_.get()); }
     const Packed* Rests() const { return reinterpret_cast<const Packed*>(memory_.get() + count_ * sizeof(float)); }
 
-    diag::SharedArray<std::byte> memory_; ///< all near ends, then all the rest
+    std::unique_ptr<std::byte[]> memory_; ///< all near ends, then all the rest
     std::vector<uint32_t> ends_;          ///< of each pixel's fragments
     size_t count_ = 0;
 };

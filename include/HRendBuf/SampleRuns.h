@@ -9,7 +9,6 @@
 #include <memory>
 #include <vector>
 
-#include "DebugTools/SharedArray.h"
 #include "HRendBuf/FragmentList.h"
 #include "HRendBuf/PixelRect.h"
 #include "sdk/point2.h"
@@ -59,8 +58,7 @@ public:
 
     /// Empties the runs for a bucket of `tiles` tiles.
     void Setup(int tiles);
-    /// The place of the next record of `tile`. Throws std::bad_alloc when memory is exhausted: storage
-    /// grows by slabs.
+    /// The place of the next record of `tile`. Never fails: storage grows by slabs.
     Record& Append(int tile) {
         Cursor& c = cursors_[tile];
         if (c.pos == c.end) Grow(c, tile);
@@ -111,7 +109,7 @@ private:
 
     std::vector<Cursor> cursors_;
     std::vector<int> touched_; ///< tiles with a run
-    std::vector<diag::SharedArray<Chunk>> slabs_;
+    std::vector<std::unique_ptr<Chunk[]>> slabs_;
     size_t usedChunks_ = 0;
 };
 

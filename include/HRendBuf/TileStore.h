@@ -42,7 +42,7 @@ public:
 private:
     /// One thread's samples of a tile, sorted by pixel, in order inside a pixel.
     struct Sorted {
-        diag::SharedArray<Point> points;
+        std::unique_ptr<Point[]> points;
         size_t capacity = 0;
         std::vector<uint32_t> begin; ///< of each pixel's; one entry more than there are pixels
     };

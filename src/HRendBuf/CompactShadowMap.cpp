@@ -21,12 +21,12 @@ bool CountInto(int32_t* index, ShadowFragment* const* heads, size_t pixels) {
 
 bool CompactShadowMap::Build(ShadowFragment* const* heads, size_t pixels) {
     Clear();
-    index_ = SHARED_ARRAY(int32_t, pixels + 1);
+    index_.reset(new (std::nothrow) int32_t[pixels + 1]);
     if (!index_ || !CountInto(index_.get(), heads, pixels)) {
         Clear();
         return false;
     }
-    samples_ = SHARED_ARRAY(ShadowSample, size_t(index_[pixels]));
+    samples_.reset(new (std::nothrow) ShadowSample[size_t(index_[pixels])]);
     if (!samples_) {
         Clear();
         return false;

@@ -1,7 +1,5 @@
 #include "HRendBuf/SampleRuns.h"
 
-#include <new>
-
 TileGrid::TileGrid(const PixelRect& rect) : bucket(rect) {
     constexpr int kManyTiles = 2048;
     for (shift = 5;; ++shift) {
@@ -29,11 +27,7 @@ void TileRuns<Point>::Reset() {
 template <class Point>
 void TileRuns<Point>::Grow(Cursor& c, int tile) {
     const size_t slab = usedChunks_ / kSlabChunks;
-    if (slab == slabs_.size()) {
-        diag::SharedArray<Chunk> chunks = SHARED_ARRAY(Chunk, kSlabChunks);
-        if (!chunks) throw std::bad_alloc();
-        slabs_.push_back(std::move(chunks));
-    }
+    if (slab == slabs_.size()) slabs_.emplace_back(new Chunk[kSlabChunks]);
     Chunk* chunk = &slabs_[slab][usedChunks_ % kSlabChunks];
     ++usedChunks_;
     chunk->next = nullptr;

@@ -59,13 +59,12 @@ bool TileStore<Fragment>::Sort(Sorted& sorted, const Reader* readers, int count)
     const size_t total = sorted.begin[pixels];
     if (total > sorted.capacity) {
         sorted.capacity = 0;
-        sorted.points.reset();
-        sorted.points = SHARED_ARRAY(Point, total + total / 4);
+        sorted.points.reset(new (std::nothrow) Point[total + total / 4]);
         if (!sorted.points) return false;
         sorted.capacity = total + total / 4;
     }
     // Scattering moves every pixel's beginning to its end, which is the beginning of the next one.
-    Reader rest[IMemMgr::kSlots];
+    Reader rest[FragmentPool::kSlots];
     std::copy_n(readers, count, rest);
     VisitByUnit(rest, count, [&](const auto& r) { sorted.points[sorted.begin[r.Pixel()]++] = r.point; });
     for (size_t p = pixels; p > 0; --p) sorted.begin[p] = sorted.begin[p - 1];

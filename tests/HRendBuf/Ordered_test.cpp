@@ -13,7 +13,7 @@ constexpr int kWidth = 150, kHeight = 110;
 struct ListSink {
     static constexpr bool kWantsVelocity = false;
     explicit ListSink(float tolerance) : store{&pool, 0, tolerance, true} {}
-    FragmentAllocator pool{sizeof(HairFragment), 4096};
+    FragmentPool pool{sizeof(HairFragment), 4096};
     FragmentStore store;
     std::vector<HairFragment*> image = std::vector<HairFragment*>(kWidth * kHeight);
     std::vector<ShadowFragment*> shadow = std::vector<ShadowFragment*>(kWidth * kHeight);
