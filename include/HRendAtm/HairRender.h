@@ -145,6 +145,9 @@ private:
     void RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel);
     void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans);
     bool Refuses(const ShadeContext& sc) const;
+    void BeginRender(TimeValue t);
+    void UpdateRender(TimeValue t);
+    void EndRender();
     void SetUpFrame(CameraFrame& frame);
     void OpenProgress();
     IProgressIndicator* ProgressFor(CameraFrame& frame);

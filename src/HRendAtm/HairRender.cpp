@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kMaxThreads = 16;
 constexpr int kProgressTitle = 40503;
+constexpr const char* kRendererContext = "in velmar Renderer";
 
 HairRender* existing = nullptr;
 
@@ -165,7 +166,7 @@ void HairRender::OpenProgress() {
     if (useProgress_ && host && !host->GetQuietMode()) progress_.Start();
 }
 
-int HairRender::RenderBegin(TimeValue t) {
+void HairRender::BeginRender(TimeValue t) {
     blender_ = nullptr;
     progress_.SetTitle(FindString(kProgressTitle));
     ClearStats();
@@ -175,10 +176,9 @@ int HairRender::RenderBegin(TimeValue t) {
     inactive_ = false;
     time_ = t;
     OpenProgress();
-    return 1;
 }
 
-int HairRender::Update(TimeValue t, Interval&) {
+void HairRender::UpdateRender(TimeValue t) {
     time_ = t;
     {
         diag::ScopedLock lock(prepareLock_);
@@ -191,19 +191,49 @@ int HairRender::Update(TimeValue t, Interval&) {
     }
     ViewParamsEx view;
     if (view.SetFromViewport(t)) cameraPosition_ = Point3(0, 0, 0) * view.camToWorld;
-    return 1;
 }
 
-int HairRender::RenderEnd(TimeValue) {
+void HairRender::EndRender() {
     stats_.gbufferBytes = 0;
     progress_.End();
-    if (inactive_) return 1;
+    if (inactive_) return;
     {
         diag::ScopedLock lock(prepareLock_);
         frame_.reset();
     }
     inactive_ = true;
     WorkerPool::Get().Stop();
+}
+
+// No exception reaches the host. A render that could not begin, or not follow the time, shows no hair.
+
+int HairRender::RenderBegin(TimeValue t) {
+    try {
+        BeginRender(t);
+    } catch (...) {
+        diag::ReportException(kRendererContext);
+        inactive_ = true;
+    }
+    return 1;
+}
+
+int HairRender::Update(TimeValue t, Interval&) {
+    try {
+        UpdateRender(t);
+    } catch (...) {
+        diag::ReportException(kRendererContext);
+        inactive_ = true;
+    }
+    return 1;
+}
+
+int HairRender::RenderEnd(TimeValue) {
+    try {
+        EndRender();
+    } catch (...) {
+        diag::ReportException(kRendererContext);
+        inactive_ = true;
+    }
     return 1;
 }
 

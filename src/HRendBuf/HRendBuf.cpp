@@ -48,21 +48,23 @@ bool HRendBuf::CreateGenerator() {
     if (bucketGen_) return true;
     const HRendSettings& settings = owner_.Settings();
     const int type = mode_ == HRM_IMAGE ? settings.bucketType : 0;
+    std::unique_ptr<IBucketGenerator> generator;
     switch (type) {
     case 0:
-        bucketGen_ = std::make_unique<BucketGen>(settings.bucketSize);
+        generator = std::make_unique<BucketGen>(settings.bucketSize);
         break;
     case 1:
-        bucketGen_ = std::make_unique<BucketGenStripeHoriz>(settings.bucketSize);
+        generator = std::make_unique<BucketGenStripeHoriz>(settings.bucketSize);
         break;
     case 2:
-        bucketGen_ = std::make_unique<BucketGenSquare>(settings.bucketSize);
+        generator = std::make_unique<BucketGenSquare>(settings.bucketSize);
         break;
     default:
         owner_.Assert("Unknown kind of bucket.");
         return false;
     }
-    bucketGen_->Setup(image_.width, image_.height);
+    generator->Setup(image_.width, image_.height);
+    bucketGen_ = std::move(generator);
     return true;
 }
 
@@ -191,8 +193,9 @@ void HRendBuf::ReleaseIdleBuckets() {
     const std::lock_guard guard(bucketListLock_);
     if (buckets_.empty() && bucketGen_) {
         const size_t count = size_t(bucketGen_->GetBucketCount());
+        std::vector<bool> seen(count + 1, false); // first: the two belong together, and memory may run out between
         buckets_ = std::vector<std::atomic<HRendBucket*>>(count);
-        seenLiveCounts_.assign(count + 1, false);
+        seenLiveCounts_.swap(seen);
     }
     const uint32_t now = settings.tick();
     for (size_t i = 0; i < buckets_.size(); ++i) {

@@ -26,6 +26,8 @@ void TileRuns<Point>::Reset() {
 
 template <class Point>
 void TileRuns<Point>::Grow(Cursor& c, int tile) {
+    // All that may fail for want of memory comes before the run changes.
+    if (!c.last) touched_.push_back(tile);
     const size_t slab = usedChunks_ / kSlabChunks;
     if (slab == slabs_.size()) slabs_.emplace_back(new Chunk[kSlabChunks]);
     Chunk* chunk = &slabs_[slab][usedChunks_ % kSlabChunks];
@@ -33,10 +35,8 @@ void TileRuns<Point>::Grow(Cursor& c, int tile) {
     chunk->next = nullptr;
     if (c.last)
         c.last->next = chunk;
-    else {
+    else
         c.first = chunk;
-        touched_.push_back(tile);
-    }
     c.last = chunk;
     c.pos = chunk->records;
     c.end = chunk->records + kChunkRecords;
