@@ -53,14 +53,14 @@ public:
     size_t MemoryInUse() const { return memoryBytes_; }
     /// Strands drawn by the last RenderBucket.
     int RenderedStrands() const { return renderedStrands_; }
-    /// Fragments in the lists that the last RenderBucket made.
+    /// Fragments that the last RenderBucket made.
     int64_t MadeFragments() const { return madeFragments_; }
     TimeValue Time() const { return time_; }
-    /// The shadow pass's result; not built when memory was tight, and ShadowList answers instead.
+    /// The shadow pass's result; not built when memory was tight, and ReadShadow answers instead.
     const CompactShadowMap& ShadowMap() const { return shadowMap_; }
-    /// A pixel's list; null when empty or not rendered. It holds until its bucket is freed.
-    const HairFragment* ImageList(int x, int y);
-    const ShadowFragment* ShadowList(int x, int y);
+    /// A pixel's fragments; none when not rendered. They hold until their bucket is freed.
+    FragmentReader<HairFragment> ReadImage(int x, int y);
+    FragmentReader<ShadowFragment> ReadShadow(int x, int y);
     /// Longest idle gap of any bucket so far, and its number.
     uint32_t PeakIdle() const { return peakIdle_; }
     int PeakIdleBucket() const { return peakIdleBucket_; }
@@ -141,7 +141,7 @@ private:
     int threadCount_ = 1;
     LineFilterCone fallbackFilter_{1.0f};
     OrderedInserter ordered_;
-    std::atomic<bool> inLists_{true}; ///< the current bucket's fragments are in its lists, none in ordered_'s tiles
+    std::atomic<bool> inLists_{false}; ///< the current bucket's fragments are in its lists, none in ordered_'s tiles
     std::vector<std::unique_ptr<HRB_Thick>> rasterisers_;
 
     std::mutex bucketListLock_;

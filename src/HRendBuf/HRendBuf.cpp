@@ -97,7 +97,7 @@ void HRendBuf::StartBucket(const PixelRect& rect) {
     current_->Touch(settings.tick());
     threadCount_ = std::clamp(settings.threadCount, 1, OrderedInserter::kMaxThreads);
     ordered_.Setup(rect, threadCount_, settings.batchBytes);
-    inLists_ = true;
+    inLists_ = false;
     const RasterTarget target{rect, settings.filter, settings.filterSize, &fallbackFilter_};
     rasterisers_.clear();
     for (int i = 0; i < threadCount_; ++i) {
@@ -153,16 +153,15 @@ void HRendBuf::RenderSource(IHairSource& source) {
 
 void HRendBuf::FinishBucket(int index) {
     HRendBucket& bucket = *current_;
-    ordered_.ReleaseSamples(); // the lists take their place
-    EnsureLists();
+    ordered_.ReleaseSamples();
+    if (bucket.HasLists())
+        EnsureLists();
+    else
+        bucket.TakeTiles(ordered_.ImageTiles(), ordered_.ShadowTiles());
     ordered_.Release();
-    if (mode_ == HRM_SHADOW && bucket.ShadowHeads() && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() &&
-        shadowMap_.Build(bucket.ShadowHeads(), size_t(bucket.PixelCount())))
+    madeFragments_ = mode_ == HRM_SHADOW ? 0 : int64_t(bucket.FragmentCount());
+    if (mode_ == HRM_SHADOW && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() && shadowMap_.Build(bucket))
         bucket.Compacted();
-    madeFragments_ = 0;
-    if (HairFragment* const* heads = bucket.ImageHeads())
-        for (int i = 0; i < bucket.PixelCount(); ++i)
-            for (const HairFragment* f = heads[i]; f; f = f->next) ++madeFragments_;
     if (progress_) progress_->SetObjectProgress(progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 

@@ -16,6 +16,12 @@ void OrderedInserter::Setup(const PixelRect& bucket, int threads, size_t bytesPe
     shadow_.Setup(grid_, threads);
 }
 
+void OrderedInserter::ReleaseSamples() {
+    writers_.clear();
+    image_.ReleaseWorkers();
+    shadow_.ReleaseWorkers();
+}
+
 void OrderedInserter::Release() {
     writers_.clear();
     image_.Release();

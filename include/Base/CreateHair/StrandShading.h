@@ -1,8 +1,7 @@
 #pragma once
 // Colour and opacity of strand points: the run's material asked at each of them.
 
-#include <vector>
-
+#include "Base/HUtil/ThreadVector.h"
 #include "Base/HairParams.h"
 #include "Base/HairShadeContext.h"
 
@@ -43,7 +42,7 @@ inline constexpr Class_ID HAIR_SHADER_CLASS_ID{0x4eac6307, 0x1ba16fc3};
 bool UsesHairShader(Mtl* material, int materialId);
 
 /// One thread's shading of strand points.
-class StrandShading : private IAroundStrand {
+class alignas(kThreadAlignment) StrandShading : private IAroundStrand {
 public:
     StrandShading(const ShadingSetup& setup, const HairParams& params);
     StrandShading(const StrandShading&) = delete;
@@ -75,14 +74,14 @@ private:
     bool flat_;
     int samples_;
     float bias_;
-    std::vector<int> channels_;     ///< strand mapping by output channel
-    std::vector<char> cylindrical_; ///< by output channel: shows the position around the strand
+    ThreadVector<int> channels_;     ///< strand mapping by output channel
+    ThreadVector<char> cylindrical_; ///< by output channel: shows the position around the strand
     Point3 aroundNormal_, aroundSide_;
     bool wantsU_ = false; ///< a channel shows the position around the strand
     StrandSurface strand_;
     bool hairShader_ = false;
-    std::vector<signed char> shaderById_; ///< cache of UsesHairShader by material id: -1 unknown
-    std::vector<Point3> uvw_;
+    ThreadVector<signed char> shaderById_; ///< cache of UsesHairShader by material id: -1 unknown
+    ThreadVector<Point3> uvw_;
     HairShadeContext context_;
     Matrix3 objectToWorld_, worldToCam_, objectToCam_, camToWorld_, worldToObject_, camToObject_;
 };

@@ -32,7 +32,8 @@ bool UsesHairShader(Mtl* material, int materialId) {
 
 StrandShading::StrandShading(const ShadingSetup& setup, const HairParams& params)
     : setup_(setup), flat_(params.Int(pid_crossSec) == 1), samples_(std::max(1, params.Int(pid_maxWidthSamples))),
-      bias_(params.Float(pid_colBias)), channels_(params.mappingChannels), uvw_(params.mappingChannels.size()) {
+      bias_(params.Float(pid_colBias)), channels_(params.mappingChannels.begin(), params.mappingChannels.end()),
+      uvw_(params.mappingChannels.size()) {
     for (const int c : channels_) cylindrical_.push_back(c == STRANDMAP_CYLINDRICAL);
     wantsU_ = std::find(cylindrical_.begin(), cylindrical_.end(), char(1)) != cylindrical_.end();
     objectToWorld_ = setup.objectTM;
