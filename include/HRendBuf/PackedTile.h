@@ -4,9 +4,9 @@
 // A pixel's fragments lie side by side, front to back. What they hold is, fragment by fragment, what linked lists would
 // hold, in two thirds of the memory.
 
-#include <memory>
 #include <vector>
 
+#include "DebugTools/SharedArray.h"
 #include "HRendBuf/PackedFragment.h"
 
 template <class Fragment>
@@ -14,11 +14,11 @@ class PackedTile {
 public:
     using Packed = PackedFragment<Fragment>;
 
-    /// Empties the tile and makes room. False, and unchanged, when memory is exhausted.
+    /// Empties the tile and makes room. False, or std::bad_alloc, and unchanged when memory is exhausted.
     bool Resize(size_t pixels, size_t fragments) {
-        std::unique_ptr<std::byte[]> memory(new (std::nothrow)
-                                                std::byte[fragments * (sizeof(float) + sizeof(Packed)) + 1]);
+        diag::SharedArray<std::byte> memory = SHARED_ARRAY(std::byte, fragments * (sizeof(float) + sizeof(Packed)));
         if (!memory) return false;
+        ends_.reserve(pixels); // before anything changes: this may fail too
         memory_ = std::move(memory);
         count_ = fragments;
         ends_.assign(pixels, 0);
@@ -45,7 +45,7 @@ public:
     Packed* Rests() { return reinterpret_cast<Packed*>(memory_.get() + count_ * sizeof(float)); }
 
 private:
-    std::unique_ptr<std::byte[]> memory_; ///< all near ends, then all the rest
+    diag::SharedArray<std::byte> memory_; ///< all near ends, then all the rest
     std::vector<uint32_t> ends_;          ///< of each pixel's fragments
     size_t count_ = 0;
 };
