@@ -1,6 +1,5 @@
 #include "render/band_renderer.h"
 
-#include "render/effect_progress.h"
 #include <algorithm>
 #include <cmath>
 #include <thread>
@@ -37,10 +36,10 @@ void PutId(Picture& out, uint32_t channel, size_t index, int id) {
 
 BandRenderer::BandRenderer(Core& core, RenderContext& render, const FrameSettings& settings, int threads, Picture& out,
                            IProgressIndicator* progress)
-    : core_(core), render_(render), settings_(settings), threads_(threads), out_(out), progress_(progress) {}
+    : core_(core), render_(render), settings_(settings), threads_(threads), out_(out), progress_(progress),
+      effects_(core, progress, mutex_, linesDone_, settings.height) {}
 
 bool BandRenderer::Run() {
-    const EffectProgress effects(core_, progress_, mutex_, linesDone_, settings_.height);
     std::vector<std::thread> others;
     for (int i = 1; i < threads_; ++i) others.emplace_back([this] { Work(); });
     Work();

@@ -9,14 +9,14 @@
 
 namespace host {
 
-/// What the core hands to effects while it lives (Interface::GetRenderProgress).
+/// What the core hands to effects while it lives, when somebody watches (Interface::GetRenderProgress).
 class EffectProgress : public RendProgressCallback {
 public:
     /// `linesDone` and `lines` give the picture's own progress; `progress` may be null and is called under `mutex`.
     EffectProgress(Core& core, IProgressIndicator* progress, std::mutex& mutex, const std::atomic<int>& linesDone,
                    int lines)
         : core_(core), progress_(progress), mutex_(mutex), linesDone_(linesDone), lines_(lines) {
-        core_.SetRenderProgress(this);
+        if (progress_) core_.SetRenderProgress(this);
     }
     ~EffectProgress() override { core_.SetRenderProgress(nullptr); }
     EffectProgress(const EffectProgress&) = delete;

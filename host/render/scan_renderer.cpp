@@ -132,10 +132,10 @@ FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, IPro
     SetUpPicture(core, settings, render, out);
     bool done = false;
     {
+        BandRenderer bands(core, render, settings, stats.threads, out, progress);
         RunningEffects effects(settings.time);
         effects.Begin(core, render.Atmosphere());
         if (!core.CheckForRenderAbort()) render.AddLights();
-        BandRenderer bands(core, render, settings, stats.threads, out, progress);
         done = bands.Run();
         stats.cameraSamples = bands.Samples();
         stats.atmosphereSegments = bands.Segments();

@@ -160,10 +160,10 @@ void HairRender::RebuildFilter(int type, float size) {
     settings_.filter = filter_.get();
 }
 
-// A window is for a host that shows dialogs and does not watch the render by other means.
+// The window is for a host that shows dialogs and does not watch the render by other means.
 void HairRender::OpenProgress() {
     Interface* host = GetCOREInterface();
-    if (useProgress_ && host && !host->GetQuietMode()) progress_.Start();
+    if (useProgress_ && host && !host->GetQuietMode() && !host->GetRenderProgress()) progress_.Start();
 }
 
 void HairRender::BeginRender(TimeValue t) {
