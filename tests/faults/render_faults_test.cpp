@@ -30,6 +30,11 @@ protected:
         Set(*fur, pid_clumpAmount, 0.5f);
         Set(*fur, pid_dirRand, 0.3f);
         Set(*fur, pid_useCurliness, 1);
+        // Several buckets, so that memory also runs out while others are there.
+        IParamBlock2* const renderer = HairRender::Instance().GetParamBlock(0);
+        renderer->SetValue(HRP_BUCKETS_FROM_RENDERER, 0, 0);
+        renderer->SetValue(HRP_BUCKET_TYPE, 0, 2);
+        renderer->SetValue(HRP_BUCKET_SIZE, 0, 10);
         core.SetQuietMode(true); // messages go to the host's log
         SetRawAllocator(&kCounted);
         LogSetFileName(nullptr, "/dev/null");
@@ -45,18 +50,6 @@ protected:
         LogSetFileName(nullptr, nullptr);
     }
 
-    void ShadePixel(SampleContext& sample, int x, int y) {
-        sample.pixel = {x, y};
-        const Point3 eye = context.camToWorld.GetTrans();
-        const float z = -2 * eye.z;
-        const Point3 far((float(x) + 0.5f - context.xc) / context.xscale * z,
-                         (float(y) + 0.5f - context.yc) / context.yscale * z, z);
-        Color c(0, 0, 0), t(1, 1, 1);
-        for (int i = 0; i < core.NumAtmospheric(); ++i)
-            core.GetAtmospheric(i)->Shade(sample, eye, far * context.camToWorld, c, t);
-        picture.color[size_t(y * kWidth + x)] = c;
-        picture.trans[size_t(y * kWidth + x)] = t;
-    }
     /// A picture from the beginning, the control strands included. Allocations from number `failAt` on fail.
     const Picture& Render(int64_t failAt = INT64_MAX, int64_t failures = 1) {
         Set(*fur, pid_length, 5.0f); // what was kept is out of date
@@ -72,7 +65,12 @@ protected:
             core.GetAtmospheric(i)->Update(context.time, valid);
         }
         for (int y = 0; y < kHeight; ++y)
-            for (int x = 0; x < kWidth; ++x) ShadePixel(sample, x, y);
+            for (int x = 0; x < kWidth; ++x) {
+                sample.pixel = {x, y};
+                Color &c = picture.color[size_t(y * kWidth + x)], &t = picture.trans[size_t(y * kWidth + x)];
+                c = Color(0, 0, 0), t = Color(1, 1, 1);
+                ShadePixel(core, context, sample, c, t);
+            }
         for (int i = 0; i < core.NumAtmospheric(); ++i) core.GetAtmospheric(i)->RenderEnd(context.time);
         return picture;
     }
