@@ -147,7 +147,8 @@ private:
     bool Refuses(const ShadeContext& sc) const;
     void BeginRender(TimeValue t);
     void UpdateRender(TimeValue t);
-    void EndRender();
+    void EndRender(TimeValue t);
+    int Guarded(void (HairRender::*operation)(TimeValue), TimeValue t);
     void SetUpFrame(CameraFrame& frame);
     void OpenProgress();
     IProgressIndicator* ProgressFor(CameraFrame& frame);

@@ -14,7 +14,6 @@ namespace {
 
 constexpr int kMaxThreads = 16;
 constexpr int kProgressTitle = 40503;
-constexpr const char* kRendererContext = "in velmar Renderer";
 
 HairRender* existing = nullptr;
 
@@ -193,7 +192,7 @@ void HairRender::UpdateRender(TimeValue t) {
     if (view.SetFromViewport(t)) cameraPosition_ = Point3(0, 0, 0) * view.camToWorld;
 }
 
-void HairRender::EndRender() {
+void HairRender::EndRender(TimeValue) {
     stats_.gbufferBytes = 0;
     progress_.End();
     if (inactive_) return;
@@ -206,35 +205,26 @@ void HairRender::EndRender() {
 }
 
 // No exception reaches the host. A render that could not begin, or not follow the time, shows no hair.
-
-int HairRender::RenderBegin(TimeValue t) {
+int HairRender::Guarded(void (HairRender::*operation)(TimeValue), TimeValue t) {
     try {
-        BeginRender(t);
+        (this->*operation)(t);
     } catch (...) {
-        diag::ReportException(kRendererContext);
+        diag::ReportException("in velmar Renderer");
         inactive_ = true;
     }
     return 1;
+}
+
+int HairRender::RenderBegin(TimeValue t) {
+    return Guarded(&HairRender::BeginRender, t);
 }
 
 int HairRender::Update(TimeValue t, Interval&) {
-    try {
-        UpdateRender(t);
-    } catch (...) {
-        diag::ReportException(kRendererContext);
-        inactive_ = true;
-    }
-    return 1;
+    return Guarded(&HairRender::UpdateRender, t);
 }
 
-int HairRender::RenderEnd(TimeValue) {
-    try {
-        EndRender();
-    } catch (...) {
-        diag::ReportException(kRendererContext);
-        inactive_ = true;
-    }
-    return 1;
+int HairRender::RenderEnd(TimeValue t) {
+    return Guarded(&HairRender::EndRender, t);
 }
 
 std::vector<IHairSource*> HairRender::HairSources() {

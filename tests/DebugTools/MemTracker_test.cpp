@@ -81,13 +81,8 @@ TEST_F(TrackerTest, WithoutFileAndProfilerTheLocationIsUnknown) {
 }
 
 TEST_F(TrackerTest, WithoutFileTheScopeAroundNamesThePlace) {
-    TracerSetup setup;
-    setup.log = log.log;
-    Tracer* profiler = tracer::Create(setup);
-    tracer::SetMode(profiler, kTracerProfile);
-    MemTrackerSetup own = Setup();
-    own.profiler = profiler;
-    MemTracker* profiled = CreateMemTracker(own);
+    Tracer* profiler = MakeProfiler();
+    MemTracker* profiled = Profiled(profiler);
     TrackerSettings(profiled).verbose = true;
     memFree(profiled, AllocAt(profiled, 1, 9, nullptr)); // only memAlloc's own scope
     const uint16_t scope = tracer::RegisterLocation(profiler, "f", 1, "Growing", 0);
@@ -154,13 +149,8 @@ TEST_F(TrackerTest, TheMaximumTotalHolds) {
 }
 
 TEST_F(TrackerTest, TheFirstFailureDumpsTheStacksOnce) {
-    TracerSetup setup;
-    setup.log = log.log;
-    Tracer* profiler = tracer::Create(setup);
-    tracer::SetMode(profiler, kTracerProfile);
-    MemTrackerSetup own = Setup();
-    own.profiler = profiler;
-    MemTracker* profiled = CreateMemTracker(own);
+    Tracer* profiler = MakeProfiler();
+    MemTracker* profiled = Profiled(profiler);
     raw.left = 0;
     EXPECT_EQ(AllocAt(profiled, 7, 2, "b.cpp"), nullptr);
     EXPECT_EQ(AllocAt(profiled, 8, 2, "b.cpp"), nullptr);

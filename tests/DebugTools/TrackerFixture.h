@@ -2,6 +2,7 @@
 #pragma once
 
 #include "DebugTools/MemTracker.h"
+#include "DebugTools/Tracer.h"
 #include "TestFiles.h"
 
 #include <algorithm>
@@ -60,6 +61,18 @@ protected:
     MemTracker* Threaded() const {
         MemTrackerSetup setup = Setup();
         setup.threads = OsThreadOps();
+        return CreateMemTracker(setup);
+    }
+    Tracer* MakeProfiler() const {
+        TracerSetup setup;
+        setup.log = log.log;
+        Tracer* profiler = tracer::Create(setup);
+        tracer::SetMode(profiler, kTracerProfile);
+        return profiler;
+    }
+    MemTracker* Profiled(Tracer* profiler) const {
+        MemTrackerSetup setup = Setup();
+        setup.profiler = profiler;
         return CreateMemTracker(setup);
     }
     static std::string Address(const void* block) {
