@@ -56,6 +56,7 @@ private:
 
     bool ShowsTask() const { return kind_ >= kTask; }
     void RunWindow();
+    void ServeWindow();
     void ShowTask(IDialog& dialog) const;
     void ShowObject(IDialog& dialog) const;
     void ShowTimes(IDialog& dialog, uint32_t now) const;

@@ -67,6 +67,15 @@ bool StandaloneProgInd::End() {
 }
 
 void StandaloneProgInd::RunWindow() {
+    try {
+        ServeWindow();
+    } catch (...) {
+        diag::ReportException("in progress window");
+        DestroyWindow();
+    }
+}
+
+void StandaloneProgInd::ServeWindow() {
     if (!CreateWindow()) return;
     IDialog* const dialog = dialog_; // only this thread closes it
     while (!stopWindow) {
