@@ -5,6 +5,7 @@
 
 #include "Base/CreateHair/WorkerPool.h"
 #include "DebugTools/Assert.h"
+#include "DebugTools/Tracer.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "sdk/core.h"
@@ -68,6 +69,20 @@ void HairRender::StoreFrame(std::shared_ptr<CameraFrame> frame) {
     frame_.swap(frame); // the former frame goes after the lock does
 }
 
+void HairRender::SetUpFrame(CameraFrame& frame) {
+    Interface* host = GetCOREInterface();
+    RendProgressCallback* callback = host ? host->GetRenderProgress() : nullptr;
+    frame.hostWatches = callback != nullptr;
+    frame.hostProgress = EffectProgInd(callback);
+    frame.buffer = std::make_unique<HRendBuf>(*this);
+}
+
+/// Who is told about a bucket: the host when it watches, else the renderer's own window.
+IProgressIndicator* HairRender::ProgressFor(CameraFrame& frame) {
+    if (!useProgress_) return nullptr;
+    return frame.hostWatches ? static_cast<IProgressIndicator*>(&frame.hostProgress) : &progress_;
+}
+
 std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
     // Nearly every sample finds its frame ready.
     if (sc.globContext && !inactive_)
@@ -75,16 +90,14 @@ std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
     diag::ScopedLock lock(prepareLock_);
     if (inactive_) return nullptr;
     std::shared_ptr<CameraFrame> frame = sc.globContext ? FrameFromContext(*sc.globContext) : FrameFromViewport(sc);
-    if (frame && !frame->buffer) frame->buffer = std::make_unique<HRendBuf>(*this);
+    if (frame && !frame->buffer) SetUpFrame(*frame);
     if (frame) StoreFrame(frame);
     return frame;
 }
 
 void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
-    Interface* host = GetCOREInterface();
-    RendProgressCallback* progress = host && useProgress_ ? host->GetRenderProgress() : nullptr;
     const int elapsed = frame.buffer->RenderBucket(HRM_IMAGE, time_, frame.image, frame.view, pixel.x, pixel.y,
-                                                   progress, nullptr, frame.context);
+                                                   ProgressFor(frame), nullptr, frame.context);
     if (elapsed == 0) return;
     stats_.strands += frame.buffer->RenderedStrands();
     const int bytes = int(std::min<size_t>(frame.buffer->MemoryInUse(), 0x7fffffff));
@@ -118,6 +131,7 @@ void HairRender::ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col
 
 void HairRender::Shade(ShadeContext& sc, const Point3& p0, const Point3& p1, Color& col, Color& trans, bool) {
     if (blender_ || Refuses(sc)) return;
+    TRACE_SCOPE("HairRender::Shade");
     try {
         ShadeSegment(sc, p0, p1, col, trans);
     } catch (...) {

@@ -114,11 +114,11 @@ void WriteLogBegin() {
     LogWrite(log, nullptr, kLogEndLine);
 }
 
-// Allocations are not tracked in this version: a break id is answered in the log instead of being dropped silently.
-void NoteTraceAllocID() {
+void SetUpTracker() {
+    MemSettings& settings = TrackerSettings();
     int id = 0;
-    if (ReadSetting(SETTING_TRACE_ALLOC_ID, id) && id >= 1)
-        LogPrintf(LogDefault(), kLogEndLine, "TraceAllocID %d has no effect: allocations are not tracked", id);
+    if (ReadSetting(SETTING_TRACE_ALLOC_ID, id) && id >= 1) settings.breakAtAllocation = uint32_t(id);
+    settings.mode = 4;
 }
 
 } // namespace
@@ -141,10 +141,11 @@ bool ReadSetting(Setting which, int& value) {
 void AttachLibrary(void* module, const std::string& file) {
     GetLibState().module = module;
     GetDiagSystem();
+    GetMemTracker();
     SetUpFiles(DirectoryOf(file));
     SetAllocFailureCallback(ShowOutOfMemory);
     WriteLogBegin();
-    NoteTraceAllocID();
+    SetUpTracker();
     LogFlush(LogDefault());
     // Through the descriptor, which must be made first so that it outlives the renderer's parameter block.
     GetHairRenderClassDesc()->Create(false);

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "DebugTools/Assert.h"
+#include "DebugTools/MemTracker.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/Attach.h"
 #include "HairDLL/LibGlobals.h"
@@ -150,15 +151,17 @@ TEST_F(AttachTest, SettingsCountWhenTheyAreNumbers) {
     EXPECT_EQ(mode, 1);
 }
 
-TEST_F(AttachTest, TraceAllocIdIsAnsweredInTheLog) {
-    for (const auto& [value, told] : {std::pair("5", true), {"0", false}, {"abc", false}, {"-1", false}}) {
+TEST_F(AttachTest, TraceAllocIdGoesToTheTracker) {
+    std::atomic<uint32_t>& breakId = TrackerSettings().breakAtAllocation;
+    for (const auto& [value, expected] : {std::pair("5", 5u), {"0", 77u}, {"abc", 77u}, {"-1", 77u}}) {
         WriteSettings(std::string("[Test]\nTraceAllocID=") + value + "\n");
-        LogSetFileName(LogDefault(), nullptr); // the next attach starts the file anew
+        breakId = 77;
+        TrackerSettings().mode = 3;
         Attach(root / "velmar.dlu");
-        LogFlush(LogDefault());
-        EXPECT_EQ(ReadAll(root / "velmar.log").find("TraceAllocID 5 has no effect") != std::string::npos, told)
-            << value;
+        EXPECT_EQ(breakId, expected) << value;
+        EXPECT_EQ(TrackerSettings().mode, 4u);
     }
+    breakId = 0;
 }
 
 TEST_F(AttachTest, TextsNeedTheModule) {

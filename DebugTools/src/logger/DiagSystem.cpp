@@ -81,7 +81,8 @@ void WriteExceptionLine(Log* log) {
 
 } // namespace
 
-bool diag::ReportException(const char* context, DiagSystem* system) {
+// What memory has run out for is missing in the report.
+bool diag::ReportException(const char* context, DiagSystem* system) try {
     if (!system) system = GetDiagSystem();
     if (!context) context = "";
     // One lock for all systems: the list of texts is the process's.
@@ -100,5 +101,7 @@ bool diag::ReportException(const char* context, DiagSystem* system) {
     WriteSystemInfo(system);
     frame.End();
     LogFlush(log);
+    return true;
+} catch (...) {
     return true;
 }

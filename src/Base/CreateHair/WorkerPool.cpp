@@ -62,8 +62,9 @@ bool WorkerPool::EnsureWorkers(int count) {
     for (int i = 0; i < count; ++i) {
         Worker& w = *workers_[size_t(i)];
         if (w.thread.Joinable() && !w.ended) continue;
-        w.ended = false;
+        w.ended = true; // until it runs: starting may fail, and also throw
         if (!w.thread.Start([this, &w, i] { Body(w, i + 1); })) return false;
+        w.ended = false;
     }
     return true;
 }

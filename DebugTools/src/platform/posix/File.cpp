@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -125,7 +126,10 @@ OutputFile* OutputFile::Open(const char* path, bool truncate) {
     const int file = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | (truncate ? O_TRUNC : 0), 0666);
     if (file < 0) return nullptr;
     if (!truncate) lseek(file, 0, SEEK_END);
-    return new OutputFile(reinterpret_cast<void*>(static_cast<intptr_t>(file)));
+    // Also a log opens its file here, when memory may be what it has to tell about.
+    auto* output = new (std::nothrow) OutputFile(reinterpret_cast<void*>(static_cast<intptr_t>(file)));
+    if (!output) close(file);
+    return output;
 }
 
 OutputFile::~OutputFile() {
