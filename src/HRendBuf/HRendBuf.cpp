@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Base/HairMath.h"
+#include "DebugTools/platform/Thread.h"
 #include "sdk/inode.h"
 
 int FieldSelect(const RendParams& params) {
@@ -25,7 +26,7 @@ int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& 
         return 0;
     }
     if (TouchBucket(x, y)) return 0;
-    const std::lock_guard guard(renderLock_);
+    const diag::ScopedLock guard(renderLock_);
     if (TouchBucket(x, y)) return 0;
     mode_ = mode;
     time_ = time;
@@ -39,7 +40,7 @@ int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& 
 
 /// HasBucket, as a use of the bucket.
 bool HRendBuf::TouchBucket(int x, int y) {
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     return FindTouched(x, y) != nullptr;
 }
 
@@ -160,7 +161,7 @@ void HRendBuf::FinishBucket(int index) {
     if (progress_) progress_->Progress(progressTotal_, progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     buckets_[size_t(index)].store(current_.release());
     UpdateMemory();
     const size_t live = size_t(LiveBuckets());
@@ -184,7 +185,7 @@ int HRendBuf::LiveBuckets() const {
 
 void HRendBuf::ReleaseIdleBuckets() {
     const HRendSettings& settings = owner_.Settings();
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     if (buckets_.empty() && bucketGen_) {
         const size_t count = size_t(bucketGen_->GetBucketCount());
         buckets_ = std::vector<std::atomic<HRendBucket*>>(count);

@@ -5,8 +5,6 @@
 #include "DebugTools/platform/Fault.h"
 #include "DebugTools/platform/Stack.h"
 
-#include <type_traits>
-
 /// Writes a crash report into the system's log: exception, place, time, message, system information and module list
 /// (each once), memory and profiler facts, the call stack with local variables; then, when the system allows it, the
 /// stacks of the listed threads, which stand still meanwhile. Sets the log's copy-on-close flag. A null system is the
@@ -39,9 +37,8 @@ bool RunReported(void (*body)(void*), void* context, const char* message, GuardR
 template <class Body>
 bool Guarded(const char* message, Body&& body, GuardReports reports = GuardReports::kEvery,
              DiagSystem* system = nullptr) {
-    using Plain = std::remove_reference_t<Body>;
-    return RunReported([](void* b) { (*static_cast<Plain*>(b))(); },
-                       const_cast<void*>(static_cast<const volatile void*>(&body)), message, reports, system);
+    auto call = [&body] { body(); };
+    return RunReported([](void* c) { (*static_cast<decltype(call)*>(c))(); }, &call, message, reports, system);
 }
 
 } // namespace diag

@@ -32,7 +32,7 @@ private:
 bool FindNames(void* handle, Library& library) {
     Finder find(handle);
     find.Get(library.begin, "dwfl_begin");
-    find.Get(library.end, "dwfl_end");
+    find.Get(library.reportBegin, "dwfl_report_begin");
     find.Get(library.reportProcess, "dwfl_linux_proc_report");
     find.Get(library.reportEnd, "dwfl_report_end");
     find.Get(library.findElf, "dwfl_linux_proc_find_elf");

@@ -42,7 +42,7 @@ struct Library {
     int level = 0; ///< 0 none, 1 names and lines, 2 variables too
 
     Dwfl* (*begin)(const Callbacks*);
-    void (*end)(Dwfl*);
+    void (*reportBegin)(Dwfl*);
     int (*reportProcess)(Dwfl*, pid_t);
     int (*reportEnd)(Dwfl*, void*, void*);
     void* findElf;

@@ -1,6 +1,7 @@
 // Names and source lines on POSIX systems: from debug information where its library is present, else from the loader.
 #include "DebugTools/platform/Symbols.h"
 
+#include "DebugTools/platform/Thread.h"
 #include "DwarfVariables.h"
 #include "Dwfl.h"
 #include "ElfFile.h"
@@ -11,6 +12,7 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
+#include <new>
 #include <unistd.h>
 
 namespace diag {
@@ -45,6 +47,13 @@ dw::Dwfl* Session(void* session) {
     return static_cast<dw::Dwfl*>(session);
 }
 
+// What was read for one report serves the next ones too, so the session stays; one reader uses it at a time.
+CriticalSection& SessionLock() {
+    alignas(CriticalSection) static std::byte storage[sizeof(CriticalSection)];
+    static CriticalSection* lock = new (storage) CriticalSection;
+    return *lock;
+}
+
 const dw::Library& Library() {
     return dw::LoadLibrary(SymbolFolder().c_str());
 }
@@ -71,20 +80,19 @@ void SetSymbolFolder(const std::string& folder) {
 }
 
 SymbolReader::SymbolReader(bool mayAllocate) : mayAllocate_(mayAllocate) {
+    SessionLock().Enter();
     if (!mayAllocate || Library().level == 0) return;
     static const dw::Callbacks callbacks = {Library().findElf, Library().findDebugInfo, nullptr, nullptr};
-    dw::Dwfl* session = Library().begin(&callbacks);
+    static dw::Dwfl* const session = Library().begin(&callbacks);
     if (!session) return;
-    if (Library().reportProcess(session, getpid()) == 0 && Library().reportEnd(session, nullptr, nullptr) == 0) {
-        session_ = session;
-        level_ = Library().level;
-    } else {
-        Library().end(session);
-    }
+    Library().reportBegin(session);
+    if (Library().reportProcess(session, getpid()) != 0 || Library().reportEnd(session, nullptr, nullptr) != 0) return;
+    session_ = session;
+    level_ = Library().level;
 }
 
 SymbolReader::~SymbolReader() {
-    if (session_) Library().end(Session(session_));
+    SessionLock().Leave();
 }
 
 void SymbolReader::Describe(const StackFrame& frame, bool innermost, FrameSymbol& symbol) {
@@ -109,6 +117,8 @@ void SymbolReader::ForEachVariable(const StackFrame& frame, bool innermost, void
 
 ModuleSymbols SymbolReader::SourceOf(uint64_t address, char (&path)[kModulePathSize]) {
     const ModulePlace place = PlaceOf(address);
+    path[0] = '\0';
+    if (!place.path[0]) return ModuleSymbols::kNone;
     std::snprintf(path, sizeof path, "%s", place.path);
     const ModuleSymbols own = ElfFile(place.path).Symbols();
     dw::DwflModule* module = session_ ? Library().moduleOf(Session(session_), address) : nullptr;
