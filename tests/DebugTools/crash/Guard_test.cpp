@@ -177,12 +177,12 @@ TEST_F(Guard, ThreadsGetTheirOwnHandlerStackBack) {
     own.ss_size = sizeof memory;
     struct AtEnd {
         stack_t* after;
-        ~AtEnd() {
-            if (after) sigaltstack(nullptr, after);
-        }
+        stack_t original = {};
+        explicit AtEnd(stack_t* target) : after(target) { sigaltstack(nullptr, &original); }
+        ~AtEnd() { sigaltstack(&original, after); } // sanitizers want theirs back
     };
     ASSERT_TRUE(thread.Start([&] {
-        thread_local AtEnd atEnd{&after}; // made before the guard's stack, so it goes after it
+        thread_local AtEnd atEnd(&after); // made before the guard's stack, so it goes after it
         sigaltstack(&own, nullptr);
         EXPECT_FALSE(Guarded("in dynamics", Crashes().back().run));
     }));

@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <regex>
 #include <sys/stat.h>
 
 namespace {
@@ -34,7 +33,16 @@ struct CrashReport : ReportTest {
     }
     /// The text with the time of day cut out.
     std::string Text() const {
-        return std::regex_replace(log.Text(), std::regex("Time: [0-9]{1,2}:[0-9]{2}:[0-9]{2},"), "Time: now,");
+        std::string text = log.Text();
+        const std::string title = "\r\nTime: ";
+        for (size_t at = 0; (at = text.find(title, at)) != std::string::npos;) {
+            at += title.size();
+            int hour = -1, minute = -1, second = -1, length = 0;
+            std::sscanf(text.c_str() + at, "%d:%2d:%2d%n", &hour, &minute, &second, &length);
+            EXPECT_TRUE(hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second <= 60);
+            text.replace(at, static_cast<size_t>(length), "now");
+        }
+        return text;
     }
     static std::string ThreadHead() {
         char text[64];
