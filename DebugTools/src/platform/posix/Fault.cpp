@@ -87,8 +87,13 @@ void Report(const FaultFilter filter, void* argument, FaultRecord& fault, uconte
     if (!filter) return;
     CapturedStack stack;
     Capture capture{context, stack};
+#if defined(__SANITIZE_THREAD__)
+    // This sanitizer forgets the jumps prepared on one stack when another one is prepared on a second stack.
+    Capture::Run(&capture);
+#else
     // Walking a damaged stack may fault again; then the frames found so far must do.
     RunGuarded(&Capture::Run, &capture, nullptr, nullptr);
+#endif
     fault.stack = &stack;
     fault.heapMayBeLocked = InAllocator(stack);
     reporting = true;

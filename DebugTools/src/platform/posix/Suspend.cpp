@@ -23,6 +23,9 @@ struct Slot {
     CapturedStack stack;
 };
 
+// Orders a slot's making before its use: the system's own order of sending and receiving is not the language's.
+std::atomic<unsigned> sent{0};
+
 void SleepMillisecond() {
     const timespec time = {0, 1000000};
     nanosleep(&time, nullptr);
@@ -31,6 +34,7 @@ void SleepMillisecond() {
 void OnHold(int, siginfo_t* info, void* context) {
     if (info->si_code != SI_QUEUE || !info->si_value.sival_ptr) return;
     const int error = errno;
+    sent.load(std::memory_order_acquire);
     auto& slot = *static_cast<Slot*>(info->si_value.sival_ptr);
     int asked = kAsked;
     if (slot.state.compare_exchange_strong(asked, kWriting)) {
@@ -64,6 +68,7 @@ private:
 
 bool SendHold(uint32_t id, Slot* slot) {
     static HoldHandler handler;
+    sent.fetch_add(1, std::memory_order_acq_rel);
     siginfo_t info = {};
     info.si_signo = HoldSignal();
     info.si_code = SI_QUEUE;
