@@ -142,7 +142,9 @@ private:
     void RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel);
     void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans,
                       std::shared_ptr<CameraFrame>& frame);
+    void Sample(SamplerRecord& r, void (HRendBuf::*ask)(int, int, SamplerRecord&));
     bool Refuses(const ShadeContext& sc) const;
+    void UpdateAtTime(TimeValue t);
 
     // IHRendOwner.
     HRendSettings& Settings() override { return settings_; }

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "Base/CreateHair/WorkerPool.h"
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
 #include "sdk/core.h"
 
 namespace {
@@ -168,6 +168,11 @@ int HairRender::RenderBegin(TimeValue t) {
 }
 
 int HairRender::Update(TimeValue t, Interval&) {
+    diag::Guarded("in velmar Renderer", [&] { UpdateAtTime(t); });
+    return 1;
+}
+
+void HairRender::UpdateAtTime(TimeValue t) {
     time_ = t;
     {
         diag::ScopedLock lock(prepareLock_);
@@ -180,7 +185,6 @@ int HairRender::Update(TimeValue t, Interval&) {
     }
     ViewParamsEx view;
     if (view.SetFromViewport(t)) cameraPosition_ = Point3(0, 0, 0) * view.camToWorld;
-    return 1;
 }
 
 int HairRender::RenderEnd(TimeValue) {

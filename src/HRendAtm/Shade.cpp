@@ -139,12 +139,18 @@ void HairRender::Reset(SamplerRecord& r) {
     if (!inactive_) r.current = nullptr;
 }
 
+void HairRender::Sample(SamplerRecord& r, void (HRendBuf::*ask)(int, int, SamplerRecord&)) {
+    const auto sample = [&] {
+        HRendBuf* buffer = CameraBuffer();
+        if (!inactive_ && buffer) (buffer->*ask)(r.x, r.y, r);
+    };
+    if (!diag::Guarded("in velmar Renderer", sample, diag::GuardReports::kOncePerPlace)) r.hit = 0;
+}
+
 void HairRender::SampleFirst(SamplerRecord& r) {
-    HRendBuf* buffer = CameraBuffer();
-    if (!inactive_ && buffer) buffer->SampleRay(r.x, r.y, r);
+    Sample(r, &HRendBuf::SampleRay);
 }
 
 void HairRender::SampleNext(SamplerRecord& r) {
-    HRendBuf* buffer = CameraBuffer();
-    if (!inactive_ && buffer) buffer->SampleVolume(r.x, r.y, r);
+    Sample(r, &HRendBuf::SampleVolume);
 }
