@@ -2,19 +2,17 @@
 #include "AssertParts.h"
 #include "DebugTools/platform/System.h"
 #include "LogState.h"
+#include "platform/Immortal.h"
 
 #include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <new>
 #include <string>
 
 DiagSystem* GetDiagSystem() {
-    // Never destroyed: a check may fail while the process ends. It writes to the default log, which is closed then.
-    alignas(DiagSystem) static std::byte storage[sizeof(DiagSystem)];
-    static DiagSystem* system = new (storage) DiagSystem;
-    return system;
+    // A check may fail while the process ends. It writes to the default log, which is closed then.
+    return &diag::Immortal<DiagSystem, struct ProcessTag>();
 }
 
 namespace {

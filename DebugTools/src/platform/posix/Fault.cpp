@@ -4,11 +4,11 @@
 #include "DebugTools/platform/Stack.h"
 #include "DebugTools/platform/Thread.h"
 #include "ThreadFaults.h"
+#include "platform/Immortal.h"
 #include "platform/ThreadValue.h"
 
 #include <atomic>
 #include <cerrno>
-#include <new>
 #include <pthread.h>
 
 #if !defined(__x86_64__)
@@ -28,9 +28,7 @@ THREAD_VALUE StackEnd stackEnd;
 
 struct sigaction earlierActions[kSignalCount];
 CriticalSection& UnhandledLock() {
-    alignas(CriticalSection) static std::byte storage[sizeof(CriticalSection)];
-    static CriticalSection* lock = new (storage) CriticalSection;
-    return *lock;
+    return Immortal<CriticalSection, struct UnhandledLockTag>();
 }
 UnhandledFault unhandled;
 

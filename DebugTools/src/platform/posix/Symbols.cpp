@@ -5,6 +5,7 @@
 #include "DwarfVariables.h"
 #include "Dwfl.h"
 #include "ElfFile.h"
+#include "platform/Immortal.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,7 +13,6 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
-#include <new>
 #include <unistd.h>
 
 namespace diag {
@@ -20,8 +20,7 @@ namespace diag {
 namespace {
 
 std::string& SymbolFolder() {
-    static auto* folder = new std::string; // may be read while the process ends
-    return *folder;
+    return Immortal<std::string, struct SymbolFolderTag>();
 }
 
 // A frame that waits for a call to return belongs to the instruction before its address.
@@ -49,9 +48,7 @@ dw::Dwfl* Session(void* session) {
 
 // What was read for one report serves the next ones too, so the session stays; one reader uses it at a time.
 CriticalSection& SessionLock() {
-    alignas(CriticalSection) static std::byte storage[sizeof(CriticalSection)];
-    static CriticalSection* lock = new (storage) CriticalSection;
-    return *lock;
+    return Immortal<CriticalSection, struct SessionLockTag>();
 }
 
 const dw::Library& Library() {

@@ -4,6 +4,7 @@
 #include "DbgHelp.h"
 #include "DebugTools/platform/Thread.h"
 #include "SymbolValue.h"
+#include "platform/Immortal.h"
 
 #include <cstdio>
 #include <cstring>
@@ -16,15 +17,12 @@ namespace {
 constexpr DWORD kDeferredLoading = 4;
 
 std::string& SymbolFolder() {
-    static auto* folder = new std::string;
-    return *folder;
+    return Immortal<std::string, struct SymbolFolderTag>();
 }
 
 // The library serves one thread at a time.
 CriticalSection& SessionLock() {
-    alignas(CriticalSection) static std::byte storage[sizeof(CriticalSection)];
-    static CriticalSection* lock = new (storage) CriticalSection;
-    return *lock;
+    return Immortal<CriticalSection, struct SessionLockTag>();
 }
 
 const DbgHelp& Help() {
