@@ -64,7 +64,7 @@ private:
 
 class CrashTest : public AtmoTest {
 protected:
-    CrashTest() : light(trap), trapObject(new TrapObject(trap)) {
+    CrashTest() : light(trap) {
         folder = fs::temp_directory_path() / ("velmar_crash_" + std::to_string(getpid()));
         fs::create_directories(folder);
         LogSetFileName(nullptr, (folder / "velmar.log").c_str());
@@ -90,7 +90,6 @@ protected:
 
     Trap trap;
     TrapLight light;
-    TrapObject* trapObject;
     FakeContext context{32, 24, 45};
     fs::path folder;
 };
@@ -115,6 +114,7 @@ TEST_F(CrashTest, RenderThreadsThatFailGiveNoHairAndAreReportedOnce) {
 
 TEST_F(CrashTest, AnEstimateThatFailsIsEmptyAndReported) {
     BaseAtmo* fur = MakeFur();
+    auto* const trapObject = new TrapObject(trap);
     trapObject->mesh = SphereMesh(10, 8, 12);
     ASSERT_TRUE(fur->AddNode(pid_emitters, core.CreateNode("trap", trapObject)));
     trap.on = true;

@@ -19,9 +19,7 @@ namespace diag {
 
 namespace {
 
-std::string& SymbolFolder() {
-    return Immortal<std::string, struct SymbolFolderTag>();
-}
+char symbolFolder[kModulePathSize] = {}; // plain memory: a report may come while the process ends
 
 // A frame that waits for a call to return belongs to the instruction before its address.
 uint64_t PlaceIn(const StackFrame& frame, bool innermost) {
@@ -52,7 +50,7 @@ CriticalSection& SessionLock() {
 }
 
 const dw::Library& Library() {
-    return dw::LoadLibrary(SymbolFolder().c_str());
+    return dw::LoadLibrary(symbolFolder);
 }
 
 void NameFromLibrary(dw::DwflModule* module, uint64_t address, FrameSymbol& symbol) {
@@ -73,7 +71,7 @@ void NameFromLibrary(dw::DwflModule* module, uint64_t address, FrameSymbol& symb
 } // namespace
 
 void SetSymbolFolder(const std::string& folder) {
-    SymbolFolder() = folder;
+    std::snprintf(symbolFolder, sizeof symbolFolder, "%s", folder.c_str());
 }
 
 SymbolReader::SymbolReader(bool mayAllocate) : mayAllocate_(mayAllocate) {

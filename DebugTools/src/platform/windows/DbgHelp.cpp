@@ -1,5 +1,7 @@
 #include "DbgHelp.h"
 
+#include <string>
+
 namespace diag {
 
 namespace {
@@ -31,10 +33,9 @@ void FindOthers(HMODULE module, DbgHelp& help) {
     Find(module, "SymLoadModule64", help.loadModule);
 }
 
-DbgHelp Load(const std::string& folder) {
+DbgHelp Load(const char* folder) {
     DbgHelp help = {};
-    help.folder = folder;
-    HMODULE module = folder.empty() ? nullptr : LoadLibraryA((folder + "dbghelp.dll").c_str());
+    HMODULE module = !*folder ? nullptr : LoadLibraryA((std::string(folder) + "dbghelp.dll").c_str());
     if (!module) module = LoadLibraryA("dbghelp.dll");
     if (!module || !FindBasic(module, help)) return help;
     help.level = FindFull(module, help) ? 2 : 1;
@@ -44,7 +45,7 @@ DbgHelp Load(const std::string& folder) {
 
 } // namespace
 
-const DbgHelp& LoadDbgHelp(const std::string& folder) {
+const DbgHelp& LoadDbgHelp(const char* folder) {
     static const DbgHelp help = Load(folder);
     return help;
 }

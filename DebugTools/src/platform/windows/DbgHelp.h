@@ -6,13 +6,10 @@
 // Needs the system's types above.
 #include <dbghelp.h>
 
-#include <string>
-
 namespace diag {
 
 struct DbgHelp {
     int level = 0; ///< 0 not loaded or too old, 1 names and lines, 2 variables too
-    std::string folder;
 
     decltype(&::SymCleanup) cleanup;
     decltype(&::SymFunctionTableAccess64) functionTable;
@@ -38,6 +35,6 @@ struct DbgHelp {
 };
 
 /// Loads the library at the first call: from `folder` first, then by its plain name. Never unloaded.
-const DbgHelp& LoadDbgHelp(const std::string& folder);
+const DbgHelp& LoadDbgHelp(const char* folder);
 
 } // namespace diag

@@ -16,9 +16,7 @@ namespace {
 
 constexpr DWORD kDeferredLoading = 4;
 
-std::string& SymbolFolder() {
-    return Immortal<std::string, struct SymbolFolderTag>();
-}
+char symbolFolder[kModulePathSize] = {}; // plain memory: a report may come while the process ends
 
 // The library serves one thread at a time.
 CriticalSection& SessionLock() {
@@ -26,7 +24,7 @@ CriticalSection& SessionLock() {
 }
 
 const DbgHelp& Help() {
-    return LoadDbgHelp(SymbolFolder());
+    return LoadDbgHelp(symbolFolder);
 }
 
 uint64_t PlaceIn(const StackFrame& frame, bool innermost) {
@@ -92,14 +90,14 @@ struct Enumeration {
 } // namespace
 
 void SetSymbolFolder(const std::string& folder) {
-    SymbolFolder() = folder;
+    std::snprintf(symbolFolder, sizeof symbolFolder, "%s", folder.c_str());
 }
 
 SymbolReader::SymbolReader(bool mayAllocate) : mayAllocate_(mayAllocate) {
     SessionLock().Enter();
     if (!mayAllocate_ || Help().level == 0) return;
     Help().setOptions(kDeferredLoading);
-    const char* folder = SymbolFolder().empty() ? nullptr : SymbolFolder().c_str();
+    const char* folder = symbolFolder[0] ? symbolFolder : nullptr;
     if (!Help().initialize(GetCurrentProcess(), folder, TRUE)) return;
     session_ = GetCurrentProcess();
     level_ = Help().level;
