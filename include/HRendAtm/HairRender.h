@@ -140,16 +140,18 @@ private:
     void ReadParameters(TimeValue t);
     void ChooseBuckets(TimeValue t);
     void RebuildFilter(int type, float size);
-    /// The frame of the sample's camera and its pixel, with the pixel's bucket rendered; null when it gets no hair.
+    /// The frame of the sample's camera and its pixel, with the pixel's bucket rendered; false when it gets no hair.
     /// p0 and p1 come in world space and go out in camera space.
-    std::shared_ptr<CameraFrame> PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel);
+    bool PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel, std::shared_ptr<CameraFrame>& frame);
     std::shared_ptr<CameraFrame> LoadFrame() const;
     void StoreFrame(std::shared_ptr<CameraFrame> frame);
     std::shared_ptr<CameraFrame> CurrentFrame(ShadeContext& sc);
     std::shared_ptr<CameraFrame> FrameFromContext(RenderGlobalContext& context);
     std::shared_ptr<CameraFrame> FrameFromViewport(ShadeContext& sc);
     void RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel);
-    void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans);
+    void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans,
+                      std::shared_ptr<CameraFrame>& frame);
+    void Sample(SamplerRecord& r, void (HRendBuf::*ask)(int, int, SamplerRecord&));
     bool Refuses(const ShadeContext& sc) const;
     void BeginRender(TimeValue t);
     void UpdateRender(TimeValue t);

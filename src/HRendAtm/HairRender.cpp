@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "Base/CreateHair/WorkerPool.h"
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
 #include "DebugTools/MemTracker.h"
 #include "HairDLL/StringTable.h"
 #include "sdk/core.h"
@@ -204,14 +204,9 @@ void HairRender::EndRender(TimeValue) {
     WorkerPool::Get().Stop();
 }
 
-// No exception reaches the host. A render that could not begin, or not follow the time, shows no hair.
+// Neither exceptions nor faults reach the host. A render that could not begin, or not follow the time, shows no hair.
 int HairRender::Guarded(void (HairRender::*operation)(TimeValue), TimeValue t) {
-    try {
-        (this->*operation)(t);
-    } catch (...) {
-        diag::ReportException("in velmar Renderer");
-        inactive_ = true;
-    }
+    if (!diag::Guarded("in velmar Renderer", [&] { (this->*operation)(t); })) inactive_ = true;
     return 1;
 }
 

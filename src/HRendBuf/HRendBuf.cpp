@@ -6,6 +6,7 @@
 
 #include "Base/HairMath.h"
 #include "DebugTools/Tracer.h"
+#include "DebugTools/platform/Thread.h"
 #include "sdk/inode.h"
 
 int FieldSelect(const RendParams& params) {
@@ -26,7 +27,7 @@ int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& 
         return 0;
     }
     if (TouchBucket(x, y)) return 0;
-    const std::lock_guard guard(renderLock_);
+    const diag::ScopedLock guard(renderLock_);
     if (TouchBucket(x, y)) return 0;
     mode_ = mode;
     time_ = time;
@@ -48,7 +49,7 @@ bool HRendBuf::TouchBucket(int x, int y) {
         if (slot->touched.load(std::memory_order_acquire) == now && now != HRendBucket::kNever && Find(x, y))
             return true;
     }
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     if (!FindTouched(x, y)) return false;
     if (slot) slot->touched.store(now, std::memory_order_release);
     return true;
@@ -175,7 +176,7 @@ void HRendBuf::FinishBucket(int index) {
     if (progress_) progress_->SetObjectProgress(progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     buckets_[size_t(index)].bucket.store(current_.release());
     UpdateMemory();
     const size_t live = size_t(LiveBuckets());
@@ -199,7 +200,7 @@ int HRendBuf::LiveBuckets() const {
 
 void HRendBuf::ReleaseIdleBuckets() {
     const HRendSettings& settings = owner_.Settings();
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     if (buckets_.empty() && bucketGen_) {
         const size_t count = size_t(bucketGen_->GetBucketCount());
         std::vector<bool> seen(count + 1, false); // first: the two belong together, and memory may run out between

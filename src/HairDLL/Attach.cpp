@@ -10,6 +10,7 @@
 #include "DebugTools/Assert.h"
 #include "DebugTools/MemMgr.h"
 #include "DebugTools/Platform.h"
+#include "DebugTools/platform/Symbols.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "LibState.h"
@@ -95,6 +96,7 @@ void SetUpFiles(const std::string& directory) {
     state.directory = directory;
     state.settings.clear();
     if (directory.empty()) return;
+    diag::SetSymbolFolder(directory);
     DiagSystem* diagnostics = GetDiagSystem();
     const std::string logs = LogDirectory(directory);
     LogSetFileName(LogDefault(), (logs + "velmar.log").c_str());

@@ -51,17 +51,25 @@ private:
     CriticalSection section_;
 };
 
-/// Holds a section for a scope.
+/// Holds a section for a scope, and gives it back also on a fault.
 class BiasedLock {
 public:
-    explicit BiasedLock(BiasedSection& section) : section_(section), asOwner_(section.Enter()) {}
-    ~BiasedLock() { section_.Leave(asOwner_); }
+    explicit BiasedLock(BiasedSection& section) : hold_(section), cleanup_(&Release, &hold_) {}
     BiasedLock(const BiasedLock&) = delete;
     BiasedLock& operator=(const BiasedLock&) = delete;
 
 private:
-    BiasedSection& section_;
-    bool asOwner_;
+    struct Hold {
+        explicit Hold(BiasedSection& s) : section(s), asOwner(s.Enter()) {}
+        ~Hold() { Leave(); }
+        void Leave() const { section.Leave(asOwner); }
+        BiasedSection& section;
+        bool asOwner;
+    };
+    static void Release(void* hold) { static_cast<const Hold*>(hold)->Leave(); }
+
+    Hold hold_;
+    FaultCleanup cleanup_; // off the list before the section is left
 };
 
 } // namespace diag

@@ -2,16 +2,13 @@
 #include "DebugTools/ThreadOps.h"
 
 #include "DebugTools/platform/Thread.h"
-
-#include <new>
+#include "platform/Immortal.h"
 
 namespace {
 
 diag::CriticalSection& ProcessLock() {
-    // Never destroyed: memory is freed until the very end of the process.
-    alignas(diag::CriticalSection) static std::byte storage[sizeof(diag::CriticalSection)];
-    static diag::CriticalSection* section = new (storage) diag::CriticalSection;
-    return *section;
+    // Memory is freed until the very end of the process.
+    return diag::Immortal<diag::CriticalSection, struct ProcessLockTag>();
 }
 
 // The lock is held for some counters only: trying again is cheaper than being put to sleep.

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 
 using namespace diag;
 
@@ -130,7 +129,7 @@ void Enlist(MemTracker& t, ThreadRecord& record, BlockHeader* block, const Locat
     *block = {kFrontGuard, 0, at.line, at.file, size, nullptr, nullptr, 0, kFrontGuard};
     std::memset(UserData(block), kNewFill, size);
     UserData(block)[size] = kEndGuard;
-    const std::lock_guard<RecordLock> guard(record.guard);
+    const ScopedLock guard(record.guard);
     block->id = record.nextId.load(std::memory_order_relaxed);
     uint32_t next = block->id + t.IdStep();
     if (next == 0) next += t.IdStep();
@@ -177,7 +176,7 @@ uintptr_t HeaderAddress(const void* data) {
 bool AnotherThreadHolds(MemTracker& t, const ThreadRecord* own, const void* data) {
     return std::any_of(std::begin(t.records), std::end(t.records), [&](ThreadRecord& record) {
         if (&record == own) return false;
-        const std::lock_guard<RecordLock> guard(record.guard);
+        const ScopedLock guard(record.guard);
         return record.tree.Holds(HeaderAddress(data));
     });
 }
@@ -193,7 +192,7 @@ void TakeFootprint(const MemTracker& t, ThreadRecord& record) {
 
 // Takes a sound block of the record out of it. False when the record's amount was too small.
 bool Delist(const MemTracker& t, ThreadRecord& record, BlockHeader* block) {
-    const std::lock_guard<RecordLock> guard(record.guard);
+    const ScopedLock guard(record.guard);
     TakeFootprint(t, record);
     record.tree.Find(reinterpret_cast<uintptr_t>(block));
     record.tree.RemoveRoot();
@@ -213,7 +212,7 @@ void ReleaseIfEmpty(MemTracker& t, const ThreadRecord& record) {
 }
 
 BlockHeader* FindBlock(ThreadRecord& record, const void* data) {
-    const std::lock_guard<RecordLock> guard(record.guard);
+    const ScopedLock guard(record.guard);
     return record.tree.Find(HeaderAddress(data));
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 
 using namespace diag;
 
@@ -71,7 +70,7 @@ struct Splaying {
 Splaying AddUpSplaying(MemTracker& t) {
     Splaying sum;
     for (ThreadRecord& record : t.records) {
-        const std::lock_guard<RecordLock> guard(record.guard);
+        const ScopedLock guard(record.guard);
         sum.splays += record.tree.Splays();
         sum.rotations += record.tree.Rotations();
         sum.most = std::max(sum.most, record.tree.MostRotations());
@@ -92,9 +91,11 @@ void WriteFootprint(Log* log, MemTracker& t) {
     LogWrite(log, "Maximum memory footprint", kLogEndLine);
     ThreadRecord* record = LargestFootprint(t);
     if (!record) return;
-    std::unique_lock<RecordLock> guard(record->guard);
-    const LocationSums sums = record->footprint;
-    guard.unlock();
+    LocationSums sums;
+    {
+        const ScopedLock guard(record->guard);
+        sums = record->footprint;
+    }
     WriteSums(log, static_cast<int>(record - t.records), sums, false);
 }
 
@@ -143,7 +144,7 @@ void WriteLeaks(Log* log, uint32_t afterId, MemTracker* tracker) {
     LogPrintf(log, kLogEndLine, "Leaks found after id %u", afterId);
     LogWrite(log, "File(Line)\tid\tsize\tptr", kLogEndLine);
     for (ThreadRecord& record : t.records) {
-        const std::lock_guard<RecordLock> guard(record.guard);
+        const ScopedLock guard(record.guard);
         record.tree.ForEach([&](BlockHeader& block) {
             if (block.id <= afterId) return;
             LogPrintf(log, kLogEndLine, "%s(%d)\t%u\t%u\t0x%llx", block.file, block.line, block.id, block.size,
@@ -156,8 +157,10 @@ void WriteThreadAllocations(Log* log, int thread, bool withContents, MemTracker*
     MemTracker& t = TheTracker(tracker);
     if (thread < 0 || thread >= ThreadSlots::kCount) return;
     ThreadRecord& record = t.records[thread];
-    std::unique_lock<RecordLock> guard(record.guard);
-    const LocationSums sums = SumByLocation(record);
-    guard.unlock();
+    LocationSums sums;
+    {
+        const ScopedLock guard(record.guard);
+        sums = SumByLocation(record);
+    }
     WriteSums(log, thread, sums, withContents);
 }

@@ -1,6 +1,6 @@
 #include "Base/CreateHair/WorkerPool.h"
 
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
 #include "DebugTools/Platform.h"
 
 namespace {
@@ -35,12 +35,9 @@ bool IsHairWorkerThread() {
 }
 
 bool WorkerPool::Guarded(int index) noexcept {
-    try {
-        (*work_)(index);
+    if (diag::Guarded(
+            "in rendering thread", [&] { (*work_)(index); }, diag::GuardReports::kOnce))
         return true;
-    } catch (...) {
-        diag::ReportException("in rendering thread");
-    }
     failed_ = true;
     return false;
 }

@@ -63,9 +63,11 @@ bool FileCopy(const std::string& from, const std::string& to) {
     const int source = open(from.c_str(), O_RDONLY | O_CLOEXEC);
     if (source < 0) return false;
     struct stat sourceFacts, targetFacts;
-    // Opening the target empties it, so a file must not be copied onto itself.
-    if (fstat(source, &sourceFacts) == 0 && stat(to.c_str(), &targetFacts) == 0 &&
-        sourceFacts.st_dev == targetFacts.st_dev && sourceFacts.st_ino == targetFacts.st_ino) {
+    // A device may have no end. Opening the target empties it, so a file must not be copied onto itself.
+    const bool isFile = fstat(source, &sourceFacts) == 0 && S_ISREG(sourceFacts.st_mode);
+    const bool isTarget = stat(to.c_str(), &targetFacts) == 0 && sourceFacts.st_dev == targetFacts.st_dev &&
+                          sourceFacts.st_ino == targetFacts.st_ino;
+    if (!isFile || isTarget) {
         close(source);
         return false;
     }
