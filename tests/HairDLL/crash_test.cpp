@@ -68,6 +68,17 @@ TEST_F(LoadTest, ACrashIsReportedAndLeavesADatedCopyOfTheLog) {
                  report);
     EXPECT_NE(message, std::string::npos) << log;
     EXPECT_NE(log.find("========================\r\nModule list:\r\n", message), std::string::npos);
+    unsigned long long allocated = 0, peak = 0;
+    const size_t amounts = log.find("\r\nAllocated memory: ", message);
+    ASSERT_NE(amounts, std::string::npos) << log;
+    int length = 0;
+    EXPECT_EQ(std::sscanf(log.c_str() + amounts, "\r\nAllocated memory: %llu, allocated peak: %llu\r\n\r\n%n",
+                          &allocated, &peak, &length),
+              2);
+    EXPECT_LE(allocated, peak);
+    // No profiler: an empty line, and the thread without a depth.
+    EXPECT_EQ(log.find("\r\n\r\n========================\r\nThread: ", amounts + 2), log.find("\r\n", amounts + 2));
+    EXPECT_EQ(log.find("Thread stack: ", message), std::string::npos);
     EXPECT_NE(log.find("HairRender::Shade(", message), std::string::npos) << log;
     // The attach wrote it; the report does not repeat it.
     EXPECT_EQ(log.find("System information:"), log.rfind("System information:"));

@@ -22,7 +22,7 @@ struct DiagSystem {
     /// Writes extra lines into a crash report.
     using CrashInfoCallback = void (*)(Log* log);
     /// Gives the memory tracker's amounts in bytes; false when there is no tracker.
-    using MemoryCallback = bool (*)(uint32_t& allocated, uint32_t& peak);
+    using MemoryCallback = bool (*)(uint64_t& allocated, uint64_t& peak);
 
     explicit DiagSystem(Log* logToWrite = nullptr) : log(logToWrite) {}
 
@@ -40,7 +40,8 @@ struct DiagSystem {
     std::atomic<CrashInfoCallback> crashInfoCallback{nullptr};
 };
 
-/// The process's system, made on first use; never null.
+/// The process's system, made on first use together with the default log and the memory tracker, whose amounts it
+/// reports; the default tracer is its profiler while there is one. Never null.
 DiagSystem* GetDiagSystem();
 
 /// What a failed assertion tells beside its place; any may be null.

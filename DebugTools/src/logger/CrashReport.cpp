@@ -49,10 +49,10 @@ void WriteThread(Log* log, const DiagSystem& system, uint32_t id, SymbolReader& 
 
 // What the rest of the program knows.
 void WriteProgramState(Log* log, DiagSystem& system) {
-    uint32_t allocated = 0, peak = 0;
+    uint64_t allocated = 0, peak = 0;
     if (auto memory = system.memoryCallback.load(); memory && memory(allocated, peak))
-        LogPrintf(log, 0, "Allocated memory: %d, allocated peak: %d\n", static_cast<int>(allocated),
-                  static_cast<int>(peak));
+        LogPrintf(log, 0, "Allocated memory: %llu, allocated peak: %llu\n", static_cast<unsigned long long>(allocated),
+                  static_cast<unsigned long long>(peak));
     if (const ProfilerReports* profiler = system.profiler) {
         profiler->dumpStacks();
         profiler->writeProfile();

@@ -1,5 +1,6 @@
 // The process's diagnostics system, the crash copy's name, and the report on a caught exception.
 #include "AssertParts.h"
+#include "DebugTools/MemTracker.h"
 #include "DebugTools/platform/System.h"
 #include "LogState.h"
 #include "platform/Immortal.h"
@@ -10,9 +11,30 @@
 #include <exception>
 #include <string>
 
-DiagSystem* GetDiagSystem() {
+namespace {
+
+bool TellMemory(uint64_t& allocated, uint64_t& peak) {
+    const MemAmounts amounts = TrackerAmounts();
+    allocated = amounts.allocated;
+    peak = amounts.peak;
+    return true;
+}
+
+// Brings the log and the memory tracker along. A tracer announces itself when it is made.
+DiagSystem* MakeProcessSystem() {
     // A check may fail while the process ends. It writes to the default log, which is closed then.
-    return &diag::Immortal<DiagSystem, struct ProcessTag>();
+    DiagSystem& system = diag::Immortal<DiagSystem, struct ProcessTag>();
+    LogDefault();
+    GetMemTracker();
+    system.memoryCallback = TellMemory;
+    return &system;
+}
+
+} // namespace
+
+DiagSystem* GetDiagSystem() {
+    static DiagSystem* const system = MakeProcessSystem();
+    return system;
 }
 
 namespace {

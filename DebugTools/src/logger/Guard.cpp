@@ -1,6 +1,7 @@
 // Guarded operations: a fault becomes a crash report, an exception a line in the log, and both an empty result.
 #include "AssertParts.h"
 #include "DebugTools/CrashReport.h"
+#include "DebugTools/Tracer.h"
 
 namespace diag {
 
@@ -36,7 +37,9 @@ void OnFault(const FaultRecord& fault, void* argument) {
 
 bool RunReported(void (*body)(void*), void* context, const char* message, GuardReports reports, DiagSystem* system) {
     Operation operation{body, context, message ? message : "", reports, system, false};
-    return RunGuarded(&RunBody, &operation, &OnFault, &operation) && operation.good;
+    if (RunGuarded(&RunBody, &operation, &OnFault, &operation)) return operation.good;
+    tracer::SetMode(tracer::Default(), kTracerCrashed); // the scopes in between were not left
+    return false;
 }
 
 } // namespace diag

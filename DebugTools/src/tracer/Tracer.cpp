@@ -1,4 +1,5 @@
 // The table of tracers; entering and leaving scopes.
+#include "DebugTools/Assert.h"
 #include "DebugTools/platform/System.h"
 #include "logger/LogState.h"
 #include "tracer/TracerState.h"
@@ -20,6 +21,17 @@ Tracer* Table() {
         return tracers;
     }();
     return table;
+}
+
+// What reports ask of the default tracer.
+constexpr ProfilerReports kReports = {
+    [](uint32_t threadId) { return tracer::GetStackDepth(tracer::Default(), threadId); },
+    [] { tracer::DumpStacks(tracer::Default()); }, [] { tracer::WriteProfile(tracer::Default()); }};
+
+// The first of the table is the profiler of the process's reports too.
+void SetDefault(Tracer* t) {
+    defaultTracer.store(t, std::memory_order_release);
+    GetDiagSystem()->profiler = t ? &kReports : nullptr;
 }
 
 uint32_t MachineTicks() {
@@ -146,14 +158,14 @@ Tracer* tracer::Create(const TracerSetup& setup) {
         return nullptr;
     }
     t->serial = ++uses;
-    if (t == table) defaultTracer.store(t, std::memory_order_release);
+    if (t == table) SetDefault(t);
     return t;
 }
 
 // The tables stay until the slot is used again: scopes that are open will still be left.
 void tracer::Close(Tracer* tracer) {
     if (!tracer || !tracer->inUse) return;
-    if (tracer == Table()) defaultTracer.store(nullptr, std::memory_order_release);
+    if (tracer == Table()) SetDefault(nullptr);
     if (tracer->mode == kTracerLog)
         for (TraceThread& thread : tracer->threads) FlushRepeats(*tracer, thread);
     tracer->mode = kTracerOff;

@@ -128,6 +128,22 @@ TEST_F(CrashTest, AnEstimateThatFailsIsEmptyAndReported) {
     EXPECT_GT(fur->EstimateGeometry(0).strands, 100);
 }
 
+TEST_F(CrashTest, AFaultWhileABucketIsMadeLetsGoOfItsLocks) {
+    BaseAtmo* fur = MakeFur();
+    auto* const trapObject = new TrapObject(trap);
+    trapObject->mesh = SphereMesh(10, 8, 12);
+    ASSERT_TRUE(fur->AddNode(pid_emitters, core.CreateNode("trap", trapObject)));
+    trap.on = true;
+    for (const int threads : {1, 2}) {
+        SetThreads(core, threads);
+        EXPECT_EQ(RenderScene(core, context).Covered(), 0) << threads;
+    }
+    // Every sample asks for the bucket anew, and fails at the same place.
+    EXPECT_EQ(Reports("in HairRender::Shade"), 1u);
+    trap.on = false;
+    EXPECT_GT(RenderScene(core, context).Covered(), 50);
+}
+
 TEST_F(CrashTest, ASampleThatFailsHasNoHairAndTheRenderGoesOn) {
     MakeFur();
     const Picture good = RenderScene(core, context);

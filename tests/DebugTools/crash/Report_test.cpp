@@ -200,8 +200,8 @@ TEST_F(CrashReport, ProgramAndProfilerSayTheirPartInOrder) {
                                              [] { LogWrite(target, "profile", kLogEndLine); }};
     system.profiler = &profiler;
     system.crashInfoCallback = [](Log* to) { LogWrite(to, "Render threads: 2\n", 0); };
-    system.memoryCallback = [](uint32_t& allocated, uint32_t& peak) {
-        allocated = 1000, peak = 2000;
+    system.memoryCallback = [](uint64_t& allocated, uint64_t& peak) {
+        allocated = 1000, peak = 5000000000;
         return true;
     };
     const FaultRecord fault = Fault(diag::kFaultIntDivide);
@@ -210,7 +210,7 @@ TEST_F(CrashReport, ProgramAndProfilerSayTheirPartInOrder) {
                           "Exception code: C0000094 INT_DIVIDE_BY_ZERO\r\n"
                           "Fault address:  00000020 00:00000000 00000000 \r\nTime: now,     65.432\r\n"
                           "Message: in dynamics\r\nRender threads: 2\r\n"
-                          "Allocated memory: 1000, allocated peak: 2000\r\nstacks\r\nprofile\r\n" +
+                          "Allocated memory: 1000, allocated peak: 5000000000\r\nstacks\r\nprofile\r\n" +
                           ThreadHead() + "Thread stack: 3\r\n" + kStackHead + kBar + "Local variables:\r\n" +
                           "Symbols: type SymNone, loaded from: \r\n" + kClosing + "\r\n");
 }
