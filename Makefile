@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 SCENE ?= examples/horse.toml
 
-.PHONY: all build demo test bench asan tsan docs check clean deps
+.PHONY: all build demo test bench asan tsan docs check windows-check clean deps
 
 all: build
 
@@ -23,6 +23,12 @@ test: build check
 
 check:
 	@python3 tools/check_includes.py
+
+# Compiles the diagnostics' Windows part, which no other target does.
+windows-check:
+	@tools/install_deps.sh ninja-build cmake g++-mingw-w64-x86-64-posix
+	@cmake -S DebugTools -B build/windows -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/mingw.cmake >/dev/null
+	@cmake --build build/windows -j $(JOBS)
 
 bench: build
 	@cmake --preset bench >/dev/null

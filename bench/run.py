@@ -29,6 +29,25 @@ def rates(program):
             if b["name"].endswith("_median")}
 
 
+def memory():
+    """Pairs of allocate and free, each beside the general allocator's of the same run."""
+    r = rates("memory_bench")
+    for threads in (1, 2):
+        suffix = f"/real_time/threads:{threads}"
+        plain, tracked = r["BM_Malloc" + suffix], r["BM_Tracked" + suffix]
+        overhead = (threads / tracked - threads / plain) * 1e9
+        print(f"{threads} thread{'s' * (threads > 1)}: malloc {plain / 1e6:6.1f} M/s  tracked {tracked / 1e6:6.1f} M/s, "
+              f"{overhead:.0f} ns more an allocation", end="")
+        pools = {"MemoryManager": r["BM_MemoryManager" + suffix]}
+        if threads == 1:
+            pools["Pool"] = r["BM_Pool/real_time"]
+        for name, rate in pools.items():
+            print(f"  {name} {rate / 1e6:6.1f} M/s, {rate / plain:.1f} x (target 5)", end="")
+        print()
+    off, none = r["BM_ScopeTracerOff"], r["BM_NoScope"]
+    print(f"a scope with the tracer off: {(1 / off - 1 / none) * 1e9:.2f} ns")
+
+
 def picture(strands, threads, runs):
     """Statistics of a picture of so many strands; the run with the median wall time."""
     with tempfile.TemporaryDirectory() as folder:
@@ -60,6 +79,9 @@ def main():
     heading("Samples, one core")
     for name, rate in rates("raster_bench").items():
         print(f"{name[3:]:<19} {rate / 1e6:6.1f} M/s")
+
+    heading("Pairs of allocate and free, 24 bytes, in batches")
+    memory()
 
     heading("Where the time goes")
     print(output(BENCH / "stages_bench", MESH, 300000), end="")

@@ -30,8 +30,9 @@ def problem(path, quoted, name, plugin):
     is_plugin = quoted and name in plugin
     third_party = not quoted and ("/" in name or name.endswith((".h", ".hpp"))) and not name.startswith(("experimental/",))
     system = name.split("/")[0] in ("sys", "unistd.h", "dlfcn.h", "fcntl.h", "pthread.h", "signal.h", "time.h", "errno.h",
-                                    "link.h", "elf.h", "windows.h", "sched.h", "emmintrin.h", "smmintrin.h",
-                                    "immintrin.h", "cpuid.h", "process.h")
+                                    "link.h", "elf.h", "linux", "windows.h", "sched.h", "emmintrin.h", "smmintrin.h",
+                                    "immintrin.h", "cpuid.h", "process.h", "cxxabi.h", "dbghelp.h", "malloc.h",
+                                    "ucontext.h", "unwind.h")
     top = path.split("/")[0]
     if path.startswith("host/sdk"):
         if quoted and not is_sdk: return "host/sdk includes the standard library and itself only"

@@ -1,11 +1,13 @@
 #!/bin/sh
-# Installs from the system's packages what building, testing and the demo need. Does nothing when all is there.
+# Installs from the system's packages what building, testing and the demo need, or the packages named as arguments. Does
+# nothing when all is there.
 set -eu
 
 packages="g++ cmake ninja-build ccache pkg-config python3 \
   libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev \
   libembree-dev libopenexr-dev libimath-dev libopenimageio-dev libassimp-dev libtinyobjloader-dev \
-  libtomlplusplus-dev libcli11-dev nlohmann-json3-dev glmark2-data"
+  libtomlplusplus-dev libcli11-dev nlohmann-json3-dev glmark2-data libdw1"
+[ $# = 0 ] || packages="$*"
 
 missing=""
 for p in $packages; do

@@ -1,14 +1,22 @@
 #include "progress.h"
 
+#include <unistd.h>
+
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 namespace velmar {
 
 namespace {
-constexpr double kBetweenLines = 0.1; // seconds
+
+constexpr double kBetweenLines = 0.1;   // seconds
+constexpr double kFirstEstimate = 0.01; // share of the work before which the time left is anybody's guess
+
+double Share(int done, int total) {
+    return total > 0 ? std::clamp(double(done) / double(total), 0.0, 1.0) : 0.0;
 }
+
+} // namespace
 
 std::string TimeText(double seconds) {
     const long s = std::max(0L, long(seconds));
@@ -33,70 +41,115 @@ std::string CountText(double count) {
     return text;
 }
 
-Progress::Progress(ProgressKind kind, int frames, std::function<long()> strands)
-    : kind_(kind), frames_(frames), strands_(std::move(strands)) {}
-
-Progress::~Progress() {
-    if (kind_ == ProgressKind::kTerminal) ClearLine();
+double TerminalProgInd::SystemSeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-void Progress::BeginFrame(int index, int frame) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    index_ = index;
-    frame_ = frame;
-    frameStart_ = Seconds();
-}
+TerminalProgInd::TerminalProgInd(std::FILE* terminal, std::function<long()> strands, Clock clock)
+    : terminal_(terminal), strands_(std::move(strands)), clock_(std::move(clock)), start_(clock_()),
+      frameStart_(start_), shownAt_(start_ - kBetweenLines) {}
 
-void Progress::Report(const char* title, int done, int total) {
-    if (kind_ == ProgressKind::kNone) return;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const double share = total > 0 ? std::clamp(double(done) / double(total), 0.0, 1.0) : 0.0;
-    if (kind_ == ProgressKind::kFarm) {
-        ShowFarm(share);
-    } else if (Seconds() - shownAt_ >= kBetweenLines) {
-        ShowLine(title, share);
-    }
-}
-
-void Progress::EndFrame(const std::string& file) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (kind_ == ProgressKind::kFarm) return ShowFarm(1.0);
-    if (kind_ == ProgressKind::kNone) return;
+TerminalProgInd::~TerminalProgInd() {
     ClearLine();
-    std::fprintf(stderr, "Saved: '%s' (%s)\n", file.c_str(), TimeText(Seconds() - frameStart_).c_str());
 }
 
-void Progress::ShowLine(const char* title, double share) {
-    shownAt_ = Seconds();
-    const double whole = (index_ + share) / frames_, elapsed = shownAt_;
-    std::string line = "frame " + std::to_string(frame_);
-    if (frames_ > 1) line += " (" + std::to_string(index_ + 1) + "/" + std::to_string(frames_) + ")";
+void TerminalProgInd::SetTask(const std::string& name, int objectCount) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreTask(name, objectCount);
+    frameStart_ = clock_();
+}
+
+void TerminalProgInd::SetTaskProgress(int objectIndex) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    objectIndex_ = objectIndex;
+}
+
+void TerminalProgInd::SetObject(const std::string& name, int stepTotal) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreObject(name, stepTotal);
+}
+
+void TerminalProgInd::SetObjectProgress(int step) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    step_ = step;
+    if (clock_() - shownAt_ >= kBetweenLines) Show();
+}
+
+void TerminalProgInd::Refresh() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Show();
+}
+
+void TerminalProgInd::Saved(const std::string& file) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ClearLine();
+    std::fprintf(terminal_, "Saved: '%s' (%s)\n", file.c_str(), TimeText(clock_() - frameStart_).c_str());
+    std::fflush(terminal_);
+}
+
+void TerminalProgInd::Show() {
+    shownAt_ = clock_();
+    const double share = Share(step_, stepTotal_), elapsed = shownAt_ - start_, inFrame = shownAt_ - frameStart_;
+    const double whole = (objectIndex_ + share) / std::max(objectCount_, 1);
+    std::string line = taskName_;
+    if (objectCount_ > 1) line += " (" + std::to_string(objectIndex_ + 1) + "/" + std::to_string(objectCount_) + ")";
     char percent[32];
     std::snprintf(percent, sizeof percent, "  %3.0f%%  ", share * 100.0);
-    line.append(percent).append(title ? title : "").append("  ").append(TimeText(elapsed));
-    if (whole > 0.01) line.append("  left ").append(TimeText(elapsed / whole - elapsed));
+    line.append(percent).append(objectName_).append("  ").append(TimeText(elapsed));
+    if (whole > kFirstEstimate) line.append("  left ").append(TimeText(elapsed / whole - elapsed));
     const long strands = strands_();
-    const double inFrame = shownAt_ - frameStart_;
     if (strands > 0 && inFrame > 0) line.append("  ").append(CountText(double(strands) / inFrame)).append(" strands/s");
     // What was longer before is wiped.
-    std::fprintf(stderr, "\r%s\033[K", line.c_str());
-    std::fflush(stderr);
+    std::fprintf(terminal_, "\r%s\033[K", line.c_str());
+    std::fflush(terminal_);
     lineOpen_ = true;
 }
 
-void Progress::ShowFarm(double share) {
-    const int percent = int((index_ + share) / frames_ * 100.0);
-    if (percent <= shownPercent_) return;
-    shownPercent_ = percent;
-    std::printf("ALF_PROGRESS %d%%\n", percent);
-    std::fflush(stdout);
+void TerminalProgInd::ClearLine() {
+    if (!lineOpen_) return;
+    std::fprintf(terminal_, "\r\033[K");
+    std::fflush(terminal_);
+    lineOpen_ = false;
 }
 
-void Progress::ClearLine() {
-    if (!lineOpen_) return;
-    std::fprintf(stderr, "\r\033[K");
-    std::fflush(stderr);
-    lineOpen_ = false;
+void FarmProgInd::SetTask(const std::string& name, int objectCount) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreTask(name, objectCount);
+}
+
+void FarmProgInd::SetTaskProgress(int objectIndex) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    objectIndex_ = objectIndex;
+}
+
+void FarmProgInd::SetObject(const std::string& name, int stepTotal) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreObject(name, stepTotal);
+}
+
+void FarmProgInd::SetObjectProgress(int step) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    step_ = step;
+    Show(Share(step_, stepTotal_));
+}
+
+void FarmProgInd::Saved(const std::string&) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Show(1.0);
+}
+
+void FarmProgInd::Show(double share) {
+    const int percent = int((objectIndex_ + share) / std::max(objectCount_, 1) * 100.0);
+    if (percent <= shownPercent_) return;
+    shownPercent_ = percent;
+    std::fprintf(out_, "ALF_PROGRESS %d%%\n", percent);
+    std::fflush(out_);
+}
+
+std::unique_ptr<FrameProgress> MakeProgress(bool farm, bool quiet, std::function<long()> strands) {
+    if (farm) return std::make_unique<FarmProgInd>(stdout);
+    if (quiet || !isatty(STDERR_FILENO)) return nullptr;
+    return std::make_unique<TerminalProgInd>(stderr, std::move(strands));
 }
 
 } // namespace velmar

@@ -1,50 +1,78 @@
 #pragma once
-// What the user sees while pictures are made.
+// What the user sees while pictures are made. The task is the frames, an object is a frame's lines.
 
 #include <chrono>
+#include <cstdio>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 
-#include "render/frame.h"
+#include "sdk/progress.h"
 
 namespace velmar {
 
-enum class ProgressKind {
-    kNone,
-    kTerminal, ///< one line on standard error that is written again and again
-    kFarm,     ///< "ALF_PROGRESS nn%" lines on standard output
+/// Progress of a number of frames. The task's name says which one is being made ("frame 12").
+class FrameProgress : public IProgressIndicator {
+public:
+    /// The frame's file is there.
+    virtual void Saved(const std::string& file) {}
 };
 
-/// Progress of a number of frames.
-class Progress : public host::RenderProgress {
+/// One line on a terminal that is written again and again: frame, percentage, what is being done, time, time left,
+/// rate.
+class TerminalProgInd : public FrameProgress {
 public:
+    /// Seconds since any point in time.
+    using Clock = std::function<double()>;
+    static double SystemSeconds();
+
     /// `strands` tells how many strands of the current frame have been rendered so far.
-    Progress(ProgressKind kind, int frames, std::function<long()> strands);
-    /// Ends the line.
-    ~Progress() override;
-    void BeginFrame(int index, int frame);
-    void Report(const char* title, int done, int total) override;
-    /// The frame's file is there.
-    void EndFrame(const std::string& file);
+    TerminalProgInd(std::FILE* terminal, std::function<long()> strands, Clock clock = SystemSeconds);
+    /// Wipes the line.
+    ~TerminalProgInd() override;
+    void SetTask(const std::string& name, int objectCount) override;
+    void SetTaskProgress(int objectIndex) override;
+    void SetObject(const std::string& name, int stepTotal) override;
+    /// Writes the line, at most ten times a second.
+    void SetObjectProgress(int step) override;
+    void Refresh() override;
+    void Saved(const std::string& file) override;
 
 private:
-    using Clock = std::chrono::steady_clock;
-    void ShowLine(const char* title, double share);
-    void ShowFarm(double share);
-    double Seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
+    void Show();
     void ClearLine();
 
-    const ProgressKind kind_;
-    const int frames_;
+    std::FILE* const terminal_;
     const std::function<long()> strands_;
-    const Clock::time_point start_ = Clock::now();
+    const Clock clock_;
+    const double start_;
     std::mutex mutex_;
-    int index_ = 0, frame_ = 0, shownPercent_ = -1;
-    double shownAt_ = -1;
-    double frameStart_ = 0;
+    double frameStart_, shownAt_;
     bool lineOpen_ = false;
 };
+
+/// "ALF_PROGRESS nn%" lines, each percentage once.
+class FarmProgInd : public FrameProgress {
+public:
+    explicit FarmProgInd(std::FILE* out) : out_(out) {}
+    void SetTask(const std::string& name, int objectCount) override;
+    void SetTaskProgress(int objectIndex) override;
+    void SetObject(const std::string& name, int stepTotal) override;
+    void SetObjectProgress(int step) override;
+    void Saved(const std::string& file) override;
+
+private:
+    void Show(double share);
+
+    std::FILE* const out_;
+    std::mutex mutex_;
+    int shownPercent_ = -1;
+};
+
+/// The progress a run shows: for a farm on standard output when asked for, else on standard error where that is a
+/// terminal and the run is not quiet. Null for none.
+std::unique_ptr<FrameProgress> MakeProgress(bool farm, bool quiet, std::function<long()> strands);
 
 /// "0:07", "12:34", "1:02:03".
 std::string TimeText(double seconds);

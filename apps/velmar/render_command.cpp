@@ -1,7 +1,5 @@
 // velmar render.
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -41,7 +39,7 @@ class RenderRun {
 public:
     RenderRun(const RenderOptions& options, Session& session)
         : options_(options), session_(session), settings_(session.scene.render),
-          progress_(Kind(), int(options.frames.size()), [&session] { return Strands(session); }) {
+          progress_(MakeProgress(options.farm, options.quiet, [&session] { return Strands(session); })) {
         if (options.width >= 0) settings_.width = options.width, settings_.height = options.height;
         if (options.threads >= 0) settings_.threads = options.threads;
         host::CheckFrameSettings(session.core, settings_);
@@ -63,9 +61,10 @@ public:
 private:
     static long Strands(const Session& session) { return session.RendererNumber("statsNumRendStrands"); }
 
-    ProgressKind Kind() const {
-        if (options_.farm) return ProgressKind::kFarm;
-        return !options_.quiet && isatty(STDERR_FILENO) ? ProgressKind::kTerminal : ProgressKind::kNone;
+    void TellFrame(int index, int frame) {
+        if (!progress_) return;
+        progress_->SetTask("frame " + std::to_string(frame), int(options_.frames.size()));
+        progress_->SetTaskProgress(index);
     }
 
     // False when the user asked to stop.
@@ -75,16 +74,16 @@ private:
         const std::string file = host::FrameFileName(options_.output, frame);
         settings_.time = frame * core.GetTicksPerFrame();
         core.SetTime(settings_.time);
-        progress_.BeginFrame(index, frame);
+        TellFrame(index, frame);
         SetPhase(Phase::kRendering);
         host::FrameStats stats;
         picture_.framesPerSecond = core.GetFrameRate();
-        const auto result = host::RenderFrame(core, settings_, &progress_, picture_, stats);
+        const auto result = host::RenderFrame(core, settings_, progress_.get(), picture_, stats);
         if (result == host::FrameResult::kAborted || Interrupted()) return false;
         SetPhase(Phase::kWriting);
         Work([&] { host::WritePicture(picture_, file, stats.threads); });
         AddUp(stats);
-        progress_.EndFrame(file);
+        if (progress_) progress_->Saved(file);
         return !Interrupted() || index + 1 == int(options_.frames.size());
     }
 
@@ -131,7 +130,7 @@ private:
     const RenderOptions& options_;
     Session& session_;
     host::FrameSettings settings_;
-    Progress progress_;
+    std::unique_ptr<FrameProgress> progress_;
     host::Picture picture_;
     double wallSeconds_ = 0, cpuSeconds_ = 0;
     uint64_t cameraSamples_ = 0, segments_ = 0;

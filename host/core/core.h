@@ -9,6 +9,7 @@
 
 #include "core/class_directory.h"
 #include "core/host_log.h"
+#include "core/memory_dialogs.h"
 #include "core/message_boxes.h"
 #include "core/node.h"
 #include "core/plugin_loader.h"
@@ -134,6 +135,15 @@ public:
     /// In quiet mode the text goes to the log as one line and the answer is false.
     bool MessageBox(const char* text, const char* title, MessageBoxKind kind) override;
     MessageBoxes& Boxes() { return boxes_; }
+    /// Null in quiet mode, and as long as nobody offers dialogs.
+    IDialog* OpenDialog(int templateId, IDialogProc& proc) override {
+        return dialogs_ && !quiet_ ? dialogs_->Open(templateId, proc) : nullptr;
+    }
+    void EnableMainWindow(bool on) override {
+        if (dialogs_) dialogs_->EnableMainWindow(on);
+    }
+    /// Who makes dialogs; null for nobody. Must outlive the core or be taken out.
+    void SetDialogs(DialogSource* dialogs) { dialogs_ = dialogs; }
 
     // Scripts: answers set beforehand, by expression, until a script engine is installed.
     bool EvalScriptInt(const char* expression, int& value) override;
@@ -197,6 +207,7 @@ private:
     bool quiet_ = false;
     HostLog log_;
     MessageBoxes boxes_;
+    DialogSource* dialogs_ = nullptr;
     std::map<std::string, int> scriptInts_;
     std::map<std::string, float> scriptFloats_;
     std::vector<Registration> notifications_;

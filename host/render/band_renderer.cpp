@@ -1,6 +1,5 @@
 #include "render/band_renderer.h"
 
-#include "render/effect_progress.h"
 #include <algorithm>
 #include <cmath>
 #include <thread>
@@ -36,11 +35,11 @@ void PutId(Picture& out, uint32_t channel, size_t index, int id) {
 } // namespace
 
 BandRenderer::BandRenderer(Core& core, RenderContext& render, const FrameSettings& settings, int threads, Picture& out,
-                           RenderProgress* progress)
-    : core_(core), render_(render), settings_(settings), threads_(threads), out_(out), progress_(progress) {}
+                           IProgressIndicator* progress)
+    : core_(core), render_(render), settings_(settings), threads_(threads), out_(out), progress_(progress),
+      effects_(core, progress, mutex_, linesDone_, settings.height) {}
 
 bool BandRenderer::Run() {
-    const EffectProgress effects(core_, progress_, linesDone_, settings_.height);
     std::vector<std::thread> others;
     for (int i = 1; i < threads_; ++i) others.emplace_back([this] { Work(); });
     Work();
@@ -138,7 +137,9 @@ void BandRenderer::Put(int x, int y, const PixelSample& s, const SurfaceSample& 
 void BandRenderer::BandDone(int lines) {
     const std::lock_guard<std::mutex> lock(mutex_);
     linesDone_ += lines;
-    if (progress_) progress_->Report("Rendering", linesDone_, settings_.height);
+    if (!progress_) return;
+    progress_->SetObject("Rendering", settings_.height);
+    progress_->SetObjectProgress(linesDone_);
 }
 
 } // namespace host

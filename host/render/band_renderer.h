@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "render/camera_sampler.h"
+#include "render/effect_progress.h"
 #include "render/frame.h"
 
 namespace host {
@@ -18,10 +19,12 @@ namespace host {
 /// A pixel takes one camera sample at its centre. Where the centres of the 3 x 3 pixels around it differ in node,
 /// material id, direction (cosine below 0.9) or colour (more than a tenth), it takes samples x samples on a regular
 /// grid instead and averages.
+///
+/// Effects find somebody to tell their progress as long as it lives.
 class BandRenderer {
 public:
     BandRenderer(Core& core, RenderContext& render, const FrameSettings& settings, int threads, Picture& out,
-                 RenderProgress* progress);
+                 IProgressIndicator* progress);
     /// False when the render was aborted. Rethrows what a thread threw.
     bool Run();
     uint64_t Samples() const { return samples_; }
@@ -42,13 +45,14 @@ private:
     const FrameSettings& settings_;
     int threads_;
     Picture& out_;
-    RenderProgress* progress_;
+    IProgressIndicator* progress_;
     std::atomic<int> nextBand_{0};
     std::atomic<bool> stop_{false};
     std::atomic<uint64_t> samples_{0}, segments_{0};
     std::mutex mutex_; ///< guards what follows and the progress
     std::exception_ptr error_;
     std::atomic<int> linesDone_{0};
+    EffectProgress effects_;
 };
 
 } // namespace host

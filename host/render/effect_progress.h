@@ -1,6 +1,7 @@
 #pragma once
 // Progress of an effect that works long inside a sample, shown beside the lines that are done.
 
+#include <mutex>
 #include <string>
 
 #include "core/core.h"
@@ -8,13 +9,14 @@
 
 namespace host {
 
-/// What the core hands to effects while it lives (Interface::GetRenderProgress).
+/// What the core hands to effects while it lives, when somebody watches (Interface::GetRenderProgress).
 class EffectProgress : public RendProgressCallback {
 public:
-    /// `linesDone` and `lines` give the picture's own progress; `progress` may be null.
-    EffectProgress(Core& core, RenderProgress* progress, const std::atomic<int>& linesDone, int lines)
-        : core_(core), progress_(progress), linesDone_(linesDone), lines_(lines) {
-        core_.SetRenderProgress(this);
+    /// `linesDone` and `lines` give the picture's own progress; `progress` may be null and is called under `mutex`.
+    EffectProgress(Core& core, IProgressIndicator* progress, std::mutex& mutex, const std::atomic<int>& linesDone,
+                   int lines)
+        : core_(core), progress_(progress), mutex_(mutex), linesDone_(linesDone), lines_(lines) {
+        if (progress_) core_.SetRenderProgress(this);
     }
     ~EffectProgress() override { core_.SetRenderProgress(nullptr); }
     EffectProgress(const EffectProgress&) = delete;
@@ -24,14 +26,18 @@ public:
     int Progress(int done, int total) override {
         if (progress_ && total > 0) {
             const int percent = int(100.0 * double(done) / double(total));
-            progress_->Report((title_ + " " + std::to_string(percent) + " %").c_str(), linesDone_, lines_);
+            const std::lock_guard<std::mutex> lock(mutex_);
+            progress_->SetObject(title_ + " " + std::to_string(percent) + " %", lines_);
+            progress_->SetObjectProgress(linesDone_);
         }
-        return core_.CheckForRenderAbort() ? 0 : 1;
+        return Cancelled() ? 0 : 1;
     }
+    bool Cancelled() override { return core_.CheckForRenderAbort(); }
 
 private:
     Core& core_;
-    RenderProgress* progress_;
+    IProgressIndicator* progress_;
+    std::mutex& mutex_;
     const std::atomic<int>& linesDone_;
     int lines_;
     std::string title_;

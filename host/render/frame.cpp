@@ -58,7 +58,7 @@ void CheckFrameSettings(Core& core, const FrameSettings& settings) {
     FindCamera(core, settings.camera);
 }
 
-FrameResult RenderFrame(Core& core, const FrameSettings& settings, RenderProgress* progress, Picture& out,
+FrameResult RenderFrame(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                         FrameStats& stats) {
     CheckFrameSettings(core, settings);
     const Core::Scope current(core);

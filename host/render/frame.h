@@ -7,6 +7,7 @@
 #include "core/core.h"
 #include "core/error.h"
 #include "image/picture.h"
+#include "sdk/progress.h"
 
 namespace host {
 
@@ -30,13 +31,6 @@ struct FrameStats {
     int threads = 0;
 };
 
-/// Receives the progress of a render; one call at a time, from any thread.
-class RenderProgress {
-public:
-    virtual ~RenderProgress() = default;
-    virtual void Report(const char* title, int done, int total) = 0;
-};
-
 enum class FrameResult {
     kDone,
     kAborted ///< Core::CheckForRenderAbort said so; the picture is incomplete and must not be written
@@ -51,9 +45,10 @@ void CheckFrameSettings(Core& core, const FrameSettings& settings);
 
 /// Renders the scene at `settings.time` into `out` (reset to the size; colour, background, Z, and the channels that the
 /// core's render parameters ask for). The picture is the same bit for bit for any thread count. The core's abort flag
-/// is polled, never cleared. `progress` may be null. Throws Error on bad settings; effects' RenderEnd is called in
+/// is polled, never cleared. `progress` may be null; its object is "Rendering", or what an effect is busy with, and its
+/// steps are the lines done. Throws Error on bad settings; effects' RenderEnd is called in
 /// every case.
-FrameResult RenderFrame(Core& core, const FrameSettings& settings, RenderProgress* progress, Picture& out,
+FrameResult RenderFrame(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                         FrameStats& stats);
 
 } // namespace host

@@ -116,7 +116,7 @@ int ThreadCount(int requested) {
     return std::clamp(requested > 0 ? requested : processors, 1, 256);
 }
 
-FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, RenderProgress* progress, Picture& out,
+FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                                  FrameStats& stats) {
     const auto start = std::chrono::steady_clock::now();
     const double cpuStart = ProcessCpuSeconds();
@@ -132,10 +132,10 @@ FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, Rend
     SetUpPicture(core, settings, render, out);
     bool done = false;
     {
+        BandRenderer bands(core, render, settings, stats.threads, out, progress);
         RunningEffects effects(settings.time);
         effects.Begin(core, render.Atmosphere());
         if (!core.CheckForRenderAbort()) render.AddLights();
-        BandRenderer bands(core, render, settings, stats.threads, out, progress);
         done = bands.Run();
         stats.cameraSamples = bands.Samples();
         stats.atmosphereSegments = bands.Segments();

@@ -13,7 +13,7 @@ public:
     void GetClassName(TSTR& s) override { s = "Scan Renderer"; }
     RefTargetHandle Clone(RemapDir&) override { return new ScanRenderer; }
     /// One frame; see RenderFrame, which checks the settings.
-    FrameResult Render(Core& core, const FrameSettings& settings, RenderProgress* progress, Picture& out,
+    FrameResult Render(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                        FrameStats& stats);
 };
 

@@ -72,6 +72,11 @@ public:
     /// Shows a message box; true only for Yes. The in-memory realisation records the text and answers from a script.
     virtual bool MessageBox(const char* text, const char* title, MessageBoxKind kind) = 0;
 
+    /// Opens the modeless dialog of a template, owned by the host's main window, on the calling thread. The host
+    /// deletes it some time after it was closed. Null where the host shows no dialogs.
+    virtual class IDialog* OpenDialog(int templateId, class IDialogProc& proc) { return nullptr; }
+    virtual void EnableMainWindow(bool on) {}
+
     /// An integer that a script expression gives; false when it fails or gives another type.
     virtual bool EvalScriptInt(const char* expression, int& value) = 0;
     virtual bool EvalScriptFloat(const char* expression, float& value) = 0;

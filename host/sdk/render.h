@@ -127,6 +127,8 @@ public:
     virtual void SetTitle(const char* title) = 0;
     /// Done / total; returns 0 when the user wants to stop.
     virtual int Progress(int done, int total) = 0;
+    /// True once the user wants to stop.
+    virtual bool Cancelled() { return false; }
 };
 
 /// A renderer class, known to plug-ins by its class id only.

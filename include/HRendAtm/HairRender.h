@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Base/HUtil/SpinLock.h"
+#include "Base/ProgressInd.h"
 #include "DebugTools/Platform.h"
 #include "HRendBuf/HRendBuf.h"
 #include "sdk/atmos.h"
@@ -58,6 +59,8 @@ struct CameraFrame {
     HairImageInfo image;
     ViewParamsEx view;
     RenderGlobalContext* context = nullptr; ///< null: the view is the active viewport's
+    EffectProgInd hostProgress{nullptr};    ///< towards the host, where somebody watches the render there
+    bool hostWatches = false;
     std::unique_ptr<HRendBuf> buffer;
 };
 
@@ -137,17 +140,26 @@ private:
     void ReadParameters(TimeValue t);
     void ChooseBuckets(TimeValue t);
     void RebuildFilter(int type, float size);
-    /// The frame of the sample's camera and its pixel, with the pixel's bucket rendered; null when it gets no hair.
+    /// The frame of the sample's camera and its pixel, with the pixel's bucket rendered; false when it gets no hair.
     /// p0 and p1 come in world space and go out in camera space.
-    std::shared_ptr<CameraFrame> PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel);
+    bool PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel, std::shared_ptr<CameraFrame>& frame);
     std::shared_ptr<CameraFrame> LoadFrame() const;
     void StoreFrame(std::shared_ptr<CameraFrame> frame);
     std::shared_ptr<CameraFrame> CurrentFrame(ShadeContext& sc);
     std::shared_ptr<CameraFrame> FrameFromContext(RenderGlobalContext& context);
     std::shared_ptr<CameraFrame> FrameFromViewport(ShadeContext& sc);
     void RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel);
-    void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans);
+    void ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans,
+                      std::shared_ptr<CameraFrame>& frame);
+    void Sample(SamplerRecord& r, void (HRendBuf::*ask)(int, int, SamplerRecord&));
     bool Refuses(const ShadeContext& sc) const;
+    void BeginRender(TimeValue t);
+    void UpdateRender(TimeValue t);
+    void EndRender(TimeValue t);
+    int Guarded(void (HairRender::*operation)(TimeValue), TimeValue t);
+    void SetUpFrame(CameraFrame& frame);
+    void OpenProgress();
+    IProgressIndicator* ProgressFor(CameraFrame& frame);
 
     // IHRendOwner.
     HRendSettings& Settings() override { return settings_; }
@@ -171,6 +183,7 @@ private:
     std::atomic<bool> inactive_{true};
     std::shared_ptr<CameraFrame> frame_; ///< guarded by frameLock_; replaced inside prepareLock_ only
     mutable SpinLock frameLock_;
+    StandaloneProgInd progress_{StandaloneProgInd::kObject};
     diag::CriticalSection prepareLock_; ///< "prepare render"
     void* blender_ = nullptr;
     IParamBlock2* block_ = nullptr;

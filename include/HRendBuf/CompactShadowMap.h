@@ -3,8 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
+#include "DebugTools/SharedArray.h"
 #include "HRendBuf/HRendBucket.h"
 
 class CompactShadowMap {
@@ -22,6 +22,6 @@ public:
 
 private:
     size_t pixels_ = 0;
-    std::unique_ptr<int32_t[]> index_; ///< pixels + 1 entries; entry 0 is 0
-    std::unique_ptr<ShadowSample[]> samples_;
+    diag::SharedArray<int32_t> index_; ///< pixels + 1 entries; entry 0 is 0
+    diag::SharedArray<ShadowSample> samples_;
 };

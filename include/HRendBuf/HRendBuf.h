@@ -14,6 +14,7 @@
 #include "HRendBuf/HairImageInfo.h"
 #include "HRendBuf/OrderedInserter.h"
 #include "HRendBuf/ViewParamsEx.h"
+#include "sdk/progress.h"
 
 struct SamplerRecord;
 
@@ -31,7 +32,7 @@ public:
     /// render is aborted, shadows are off, or the settings name an unknown kind of bucket. `progress`, `title` and
     /// `context` may be null. `image`'s scales must be computed.
     int RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x, int y,
-                     RendProgressCallback* progress, const char* title, RenderGlobalContext* context);
+                     IProgressIndicator* progress, const char* title, RenderGlobalContext* context);
     /// Depth precision of the shadow pass for hair without its own: the light's parameter, 0..10.
     void SetShadowQuality(float quality) { shadowQuality_ = quality; }
     bool HasBucket(int x, int y);
@@ -136,7 +137,7 @@ private:
     int renderedStrands_ = 0;
     int64_t madeFragments_ = 0;
     std::atomic<size_t> memoryBytes_{0};
-    RendProgressCallback* progress_ = nullptr;
+    IProgressIndicator* progress_ = nullptr;
     int progressDone_ = 0, progressTotal_ = 0;
     float depthTolerance_ = 0;
 

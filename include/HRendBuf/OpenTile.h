@@ -70,8 +70,8 @@ private:
     const PackedTile<Fragment>* tile_ = nullptr;
     float tolerance_ = 0;
     ThreadVector<Slot> slots_; ///< by pixel
-    std::unique_ptr<float[]> zMax_;
-    std::unique_ptr<Packed[]> rest_;
+    diag::SharedArray<float> zMax_;
+    diag::SharedArray<Packed> rest_;
     size_t used_ = 0, size_ = 0; ///< of both arrays
 
     // Samples whose fragment is found, and that wait until there are four of them, for four different pixels.
@@ -86,13 +86,13 @@ private:
 template <class Fragment>
 bool OpenTile<Fragment>::Reserve(Slot& slot, uint32_t capacity, const float* zMax, const Packed* rest) {
     const size_t end = used_ + capacity;
-    std::unique_ptr<float[]> oldDepths; // `zMax` and `rest` may point into what grows
-    std::unique_ptr<Packed[]> oldRests;
+    diag::SharedArray<float> oldDepths; // `zMax` and `rest` may point into what grows
+    diag::SharedArray<Packed> oldRests;
     if (end > size_) {
         const size_t size = end + end / 2 + 4096;
         constexpr size_t kPadding = PackedTile<Fragment>::kPadding;
-        std::unique_ptr<float[]> depths(new (std::nothrow) float[size + kPadding]);
-        std::unique_ptr<Packed[]> rests(new (std::nothrow) Packed[size + kPadding]);
+        diag::SharedArray<float> depths = SHARED_ARRAY(float, size + kPadding);
+        diag::SharedArray<Packed> rests = SHARED_ARRAY(Packed, size + kPadding);
         if (!depths || !rests) {
             if (slot.capacity == 0) slot.count = 0;
             return false;

@@ -4,9 +4,9 @@
 // A pixel's fragments lie side by side, front to back. What they hold is, fragment by fragment, what linked lists would
 // hold, in two thirds of the memory.
 
-#include <memory>
 #include <vector>
 
+#include "DebugTools/SharedArray.h"
 #include "HRendBuf/PackedFragment.h"
 
 template <class Fragment>
@@ -17,10 +17,11 @@ public:
     /// Bytes behind each array that copies in blocks may read and write.
     static constexpr size_t kPadding = 64;
 
-    /// Empties the tile and makes room. False, and unchanged, when memory is exhausted.
+    /// Empties the tile and makes room. False, or std::bad_alloc, and unchanged when memory is exhausted.
     bool Resize(size_t pixels, size_t fragments) {
+        ends_.reserve(pixels); // before anything changes: this may fail too
         const size_t bytes = fragments * (sizeof(float) + sizeof(Packed)) + 2 * kPadding;
-        std::unique_ptr<std::byte[]> memory(new (std::nothrow) std::byte[bytes]);
+        diag::SharedArray<std::byte> memory = SHARED_ARRAY(std::byte, bytes);
         if (!memory) return false;
         memory_ = std::move(memory);
         count_ = fragments;
@@ -52,7 +53,7 @@ public:
 private:
     size_t RestsOffset() const { return count_ * sizeof(float) + kPadding; }
 
-    std::unique_ptr<std::byte[]> memory_; ///< all near ends, then all the rest
+    diag::SharedArray<std::byte> memory_; ///< all near ends, then all the rest
     std::vector<uint32_t> ends_;          ///< of each pixel's fragments
     size_t count_ = 0;
 };

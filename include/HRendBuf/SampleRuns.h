@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Base/HUtil/ThreadVector.h"
+#include "DebugTools/SharedArray.h"
 #include "HRendBuf/FragmentList.h"
 #include "HRendBuf/PixelRect.h"
 #include "sdk/point2.h"
@@ -59,7 +60,8 @@ public:
 
     /// Empties the runs for a bucket of `tiles` tiles.
     void Setup(int tiles);
-    /// The place of the next record of `tile`. Never fails: storage grows by slabs.
+    /// The place of the next record of `tile`. Storage grows by slabs; throws std::bad_alloc when
+    /// memory is exhausted.
     Record& Append(int tile) {
         Cursor& c = cursors_[tile];
         if (c.pos == c.end) Grow(c, tile);
@@ -110,7 +112,7 @@ private:
 
     ThreadVector<Cursor> cursors_;
     std::vector<int> touched_; ///< tiles with a run
-    std::vector<std::unique_ptr<Chunk[]>> slabs_;
+    std::vector<diag::SharedArray<Chunk>> slabs_;
     size_t usedChunks_ = 0;
 };
 

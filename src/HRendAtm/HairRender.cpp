@@ -5,12 +5,15 @@
 #include <algorithm>
 
 #include "Base/CreateHair/WorkerPool.h"
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
+#include "DebugTools/MemTracker.h"
+#include "HairDLL/StringTable.h"
 #include "sdk/core.h"
 
 namespace {
 
 constexpr int kMaxThreads = 16;
+constexpr int kProgressTitle = 40503;
 
 HairRender* existing = nullptr;
 
@@ -156,18 +159,25 @@ void HairRender::RebuildFilter(int type, float size) {
     settings_.filter = filter_.get();
 }
 
-int HairRender::RenderBegin(TimeValue t) {
+// The window is for a host that shows dialogs and does not watch the render by other means.
+void HairRender::OpenProgress() {
+    Interface* host = GetCOREInterface();
+    if (useProgress_ && host && !host->GetQuietMode() && !host->GetRenderProgress()) progress_.Start();
+}
+
+void HairRender::BeginRender(TimeValue t) {
     blender_ = nullptr;
+    progress_.SetTitle(FindString(kProgressTitle));
     ClearStats();
     if (Active(t)) ReadParameters(t);
     ChooseBuckets(t);
     RebuildFilter(filterType_, filterSize_);
     inactive_ = false;
     time_ = t;
-    return 1;
+    OpenProgress();
 }
 
-int HairRender::Update(TimeValue t, Interval&) {
+void HairRender::UpdateRender(TimeValue t) {
     time_ = t;
     {
         diag::ScopedLock lock(prepareLock_);
@@ -180,19 +190,36 @@ int HairRender::Update(TimeValue t, Interval&) {
     }
     ViewParamsEx view;
     if (view.SetFromViewport(t)) cameraPosition_ = Point3(0, 0, 0) * view.camToWorld;
-    return 1;
 }
 
-int HairRender::RenderEnd(TimeValue) {
+void HairRender::EndRender(TimeValue) {
     stats_.gbufferBytes = 0;
-    if (inactive_) return 1;
+    progress_.End();
+    if (inactive_) return;
     {
         diag::ScopedLock lock(prepareLock_);
         StoreFrame(nullptr);
     }
     inactive_ = true;
     WorkerPool::Get().Stop();
+}
+
+// Neither exceptions nor faults reach the host. A render that could not begin, or not follow the time, shows no hair.
+int HairRender::Guarded(void (HairRender::*operation)(TimeValue), TimeValue t) {
+    if (!diag::Guarded("in velmar Renderer", [&] { (this->*operation)(t); })) inactive_ = true;
     return 1;
+}
+
+int HairRender::RenderBegin(TimeValue t) {
+    return Guarded(&HairRender::BeginRender, t);
+}
+
+int HairRender::Update(TimeValue t, Interval&) {
+    return Guarded(&HairRender::UpdateRender, t);
+}
+
+int HairRender::RenderEnd(TimeValue t) {
+    return Guarded(&HairRender::EndRender, t);
 }
 
 std::vector<IHairSource*> HairRender::HairSources() {
@@ -218,8 +245,7 @@ bool HairRender::Aborted() {
 }
 
 bool HairRender::MemoryIsTight() {
-    const HRendBuf* buffer = CameraBuffer();
-    return buffer && buffer->MemoryInUse() > diag::GetMemoryAmounts().physicalTotal / 4;
+    return TrackerAmounts().allocated > diag::GetMemoryAmounts().physicalTotal / 4;
 }
 
 void HairRender::Assert(const char*) {

@@ -107,6 +107,7 @@ public:
     }
     int IsPublic() override { return 1; }
     void* Create(bool) override {
+        MEM_LOCATION();
         HairRender& r = HairRender::Instance();
         if (!r.GetParamBlock(0)) MakeAutoParamBlocks(&r);
         // The host keeps pointers to the common base of what it creates.

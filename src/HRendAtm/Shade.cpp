@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "Base/CreateHair/WorkerPool.h"
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
+#include "DebugTools/Tracer.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "sdk/core.h"
@@ -59,13 +60,27 @@ std::shared_ptr<CameraFrame> HairRender::FrameFromViewport(ShadeContext& sc) {
 }
 
 std::shared_ptr<CameraFrame> HairRender::LoadFrame() const {
-    const std::lock_guard guard(frameLock_);
+    const diag::ScopedLock guard(frameLock_);
     return frame_;
 }
 
 void HairRender::StoreFrame(std::shared_ptr<CameraFrame> frame) {
-    const std::lock_guard guard(frameLock_);
+    const diag::ScopedLock guard(frameLock_);
     frame_.swap(frame); // the former frame goes after the lock does
+}
+
+void HairRender::SetUpFrame(CameraFrame& frame) {
+    Interface* host = GetCOREInterface();
+    RendProgressCallback* callback = host ? host->GetRenderProgress() : nullptr;
+    frame.hostWatches = callback != nullptr;
+    frame.hostProgress = EffectProgInd(callback);
+    frame.buffer = std::make_unique<HRendBuf>(*this);
+}
+
+/// Who is told about a bucket: the host when it watches, else the renderer's own window.
+IProgressIndicator* HairRender::ProgressFor(CameraFrame& frame) {
+    if (!useProgress_) return nullptr;
+    return frame.hostWatches ? static_cast<IProgressIndicator*>(&frame.hostProgress) : &progress_;
 }
 
 std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
@@ -75,16 +90,14 @@ std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
     diag::ScopedLock lock(prepareLock_);
     if (inactive_) return nullptr;
     std::shared_ptr<CameraFrame> frame = sc.globContext ? FrameFromContext(*sc.globContext) : FrameFromViewport(sc);
-    if (frame && !frame->buffer) frame->buffer = std::make_unique<HRendBuf>(*this);
+    if (frame && !frame->buffer) SetUpFrame(*frame);
     if (frame) StoreFrame(frame);
     return frame;
 }
 
 void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
-    Interface* host = GetCOREInterface();
-    RendProgressCallback* progress = host && useProgress_ ? host->GetRenderProgress() : nullptr;
     const int elapsed = frame.buffer->RenderBucket(HRM_IMAGE, time_, frame.image, frame.view, pixel.x, pixel.y,
-                                                   progress, nullptr, frame.context);
+                                                   ProgressFor(frame), nullptr, frame.context);
     if (elapsed == 0) return;
     stats_.strands += frame.buffer->RenderedStrands();
     const int bytes = int(std::min<size_t>(frame.buffer->MemoryInUse(), 0x7fffffff));
@@ -93,22 +106,23 @@ void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
     stats_.fragments += frame.buffer->MadeFragments();
 }
 
-std::shared_ptr<CameraFrame> HairRender::PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel) {
-    std::shared_ptr<CameraFrame> frame = CurrentFrame(sc);
-    if (!frame) return nullptr;
+bool HairRender::PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel,
+                              std::shared_ptr<CameraFrame>& frame) {
+    frame = CurrentFrame(sc);
+    if (!frame) return false;
     p0 = p0 * frame->view.worldToCam;
     p1 = p1 * frame->view.worldToCam;
     pixel = sc.ScreenCoord();
-    if (pixel.x < 0 || pixel.y < 0 || pixel.x >= frame->image.width || pixel.y >= frame->image.height) return nullptr;
-    if (!IsCameraSegment(frame->view.projType == PROJ_PERSPECTIVE, p0, p1)) return nullptr;
+    if (pixel.x < 0 || pixel.y < 0 || pixel.x >= frame->image.width || pixel.y >= frame->image.height) return false;
+    if (!IsCameraSegment(frame->view.projType == PROJ_PERSPECTIVE, p0, p1)) return false;
     RenderPixelBucket(*frame, pixel);
-    return frame;
+    return true;
 }
 
-void HairRender::ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans) {
+void HairRender::ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col, Color& trans,
+                              std::shared_ptr<CameraFrame>& frame) {
     IPoint2 pixel;
-    const std::shared_ptr<CameraFrame> frame = PreparePixel(sc, p0, p1, pixel);
-    if (!frame) return;
+    if (!PreparePixel(sc, p0, p1, pixel, frame)) return;
     Color hair;
     float transmittance = 1.0f;
     frame->buffer->Composite(pixel.x, pixel.y, p0.z, p1.z, hair, transmittance);
@@ -118,11 +132,16 @@ void HairRender::ShadeSegment(ShadeContext& sc, Point3 p0, Point3 p1, Color& col
 
 void HairRender::Shade(ShadeContext& sc, const Point3& p0, const Point3& p1, Color& col, Color& trans, bool) {
     if (blender_ || Refuses(sc)) return;
-    try {
-        ShadeSegment(sc, p0, p1, col, trans);
-    } catch (...) {
-        diag::ReportException("in HairRender::Shade");
-    }
+    TRACE_SCOPE("HairRender::Shade");
+    const Color colBefore = col, transBefore = trans;
+    // Out here, because a fault leaves the objects inside undestroyed: a frame's buffer must not stay behind.
+    std::shared_ptr<CameraFrame> frame;
+    if (diag::Guarded(
+            "in HairRender::Shade", [&] { ShadeSegment(sc, p0, p1, col, trans, frame); },
+            diag::GuardReports::kOncePerPlace))
+        return;
+    col = colBefore;
+    trans = transBefore;
 }
 
 bool HairRender::Attach(void* blender) {
@@ -135,25 +154,31 @@ void HairRender::Begin(SamplerRecord& r) {
     r.current = nullptr;
     r.x = r.y = -1;
     if (!r.sc || Refuses(*r.sc)) return;
-    try {
+    std::shared_ptr<CameraFrame> frame;
+    const auto prepare = [&] {
         Point3 p0 = r.p0, p1 = r.p1;
         IPoint2 pixel;
-        if (PreparePixel(*r.sc, p0, p1, pixel)) r.x = pixel.x, r.y = pixel.y;
-    } catch (...) {
-        diag::ReportException("in HairRender::Shade");
-    }
+        if (PreparePixel(*r.sc, p0, p1, pixel, frame)) r.x = pixel.x, r.y = pixel.y;
+    };
+    diag::Guarded("in HairRender::Shade", prepare, diag::GuardReports::kOncePerPlace);
 }
 
 void HairRender::Reset(SamplerRecord& r) {
     if (!inactive_) r.current = nullptr;
 }
 
+void HairRender::Sample(SamplerRecord& r, void (HRendBuf::*ask)(int, int, SamplerRecord&)) {
+    const auto sample = [&] {
+        HRendBuf* buffer = CameraBuffer();
+        if (!inactive_ && buffer) (buffer->*ask)(r.x, r.y, r);
+    };
+    if (!diag::Guarded("in velmar Renderer", sample, diag::GuardReports::kOncePerPlace)) r.hit = 0;
+}
+
 void HairRender::SampleFirst(SamplerRecord& r) {
-    HRendBuf* buffer = CameraBuffer();
-    if (!inactive_ && buffer) buffer->SampleRay(r.x, r.y, r);
+    Sample(r, &HRendBuf::SampleRay);
 }
 
 void HairRender::SampleNext(SamplerRecord& r) {
-    HRendBuf* buffer = CameraBuffer();
-    if (!inactive_ && buffer) buffer->SampleVolume(r.x, r.y, r);
+    Sample(r, &HRendBuf::SampleVolume);
 }

@@ -22,8 +22,8 @@ bool CompactShadowMap::Build(const HRendBucket& bucket) {
     Clear();
     const size_t pixels = size_t(bucket.PixelCount()), count = bucket.FragmentCount();
     if (count > INT32_MAX) return false; // more than an index can name
-    index_.reset(new (std::nothrow) int32_t[pixels + 1]);
-    samples_.reset(new (std::nothrow) ShadowSample[count]);
+    index_ = SHARED_ARRAY(int32_t, pixels + 1);
+    samples_ = SHARED_ARRAY(ShadowSample, count);
     if (!index_ || !samples_) {
         Clear();
         return false;

@@ -1,5 +1,7 @@
 #include "HRendBuf/HRendBucket.h"
 
+#include "DebugTools/platform/Thread.h"
+
 HRendBucket::HRendBucket(HRendMode mode, const PixelRect& rect) : mode_(mode), rect_(rect) {}
 
 void HRendBucket::CreateLists() {
@@ -45,7 +47,7 @@ size_t HRendBucket::Memory() const {
 void HRendBucket::Touch(uint32_t now) {
     // Every sample of a picture comes by here, most of them within a tick of the last one: nothing to note then.
     if (lastUse_.load(std::memory_order_relaxed) == now) return;
-    const std::lock_guard guard(lock_);
+    const diag::ScopedLock guard(lock_);
     const uint32_t last = lastUse_.load(std::memory_order_relaxed);
     if (last != kNever && now != kNever) {
         // Another thread may have read the clock later and come here earlier.
@@ -62,6 +64,6 @@ bool HRendBucket::IsIdle(uint32_t now, uint32_t timeout) {
 }
 
 uint32_t HRendBucket::MaxIdle() {
-    const std::lock_guard guard(lock_);
+    const diag::ScopedLock guard(lock_);
     return maxIdle_;
 }

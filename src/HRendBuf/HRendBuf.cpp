@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "Base/HairMath.h"
+#include "DebugTools/Tracer.h"
+#include "DebugTools/platform/Thread.h"
 #include "sdk/inode.h"
 
 int FieldSelect(const RendParams& params) {
@@ -19,13 +21,13 @@ HRendBuf::~HRendBuf() {
 }
 
 int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x,
-                           int y, RendProgressCallback* progress, const char* title, RenderGlobalContext* context) {
+                           int y, IProgressIndicator* progress, const char* title, RenderGlobalContext* context) {
     if (mode == HRM_GBUFFER) {
         owner_.Assert("The render buffer draws no G-buffer channels.");
         return 0;
     }
     if (TouchBucket(x, y)) return 0;
-    const std::lock_guard guard(renderLock_);
+    const diag::ScopedLock guard(renderLock_);
     if (TouchBucket(x, y)) return 0;
     mode_ = mode;
     time_ = time;
@@ -47,7 +49,7 @@ bool HRendBuf::TouchBucket(int x, int y) {
         if (slot->touched.load(std::memory_order_acquire) == now && now != HRendBucket::kNever && Find(x, y))
             return true;
     }
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     if (!FindTouched(x, y)) return false;
     if (slot) slot->touched.store(now, std::memory_order_release);
     return true;
@@ -57,25 +59,28 @@ bool HRendBuf::CreateGenerator() {
     if (bucketGen_) return true;
     const HRendSettings& settings = owner_.Settings();
     const int type = mode_ == HRM_IMAGE ? settings.bucketType : 0;
+    std::unique_ptr<IBucketGenerator> generator;
     switch (type) {
     case 0:
-        bucketGen_ = std::make_unique<BucketGen>(settings.bucketSize);
+        generator = std::make_unique<BucketGen>(settings.bucketSize);
         break;
     case 1:
-        bucketGen_ = std::make_unique<BucketGenStripeHoriz>(settings.bucketSize);
+        generator = std::make_unique<BucketGenStripeHoriz>(settings.bucketSize);
         break;
     case 2:
-        bucketGen_ = std::make_unique<BucketGenSquare>(settings.bucketSize);
+        generator = std::make_unique<BucketGenSquare>(settings.bucketSize);
         break;
     default:
         owner_.Assert("Unknown kind of bucket.");
         return false;
     }
-    bucketGen_->Setup(image_.width, image_.height);
+    generator->Setup(image_.width, image_.height);
+    bucketGen_ = std::move(generator);
     return true;
 }
 
 int HRendBuf::RenderLocked(int x, int y, const char* title) {
+    TRACE_SCOPE("RenderBucket");
     const HRendSettings& settings = owner_.Settings();
     ReleaseIdleBuckets();
     const uint32_t start = settings.tick();
@@ -130,17 +135,19 @@ void HRendBuf::SetTitle(const char* title, int total) {
     progressTotal_ = total;
     if (!progress_) return;
     if (title)
-        progress_->SetTitle(title);
+        progress_->SetObject(title, total);
     else if (view_.cameraNode)
-        progress_->SetTitle((std::string("View From ") + view_.cameraNode->GetName()).c_str());
+        progress_->SetObject(std::string("View From ") + view_.cameraNode->GetName(), total);
     else
-        progress_->SetTitle("Camera View");
-    progress_->Progress(0, total);
+        progress_->SetObject("Camera View", total);
+    progress_->SetObjectProgress(0);
 }
 
 bool HRendBuf::Advance(int strands) {
     progressDone_ += strands;
-    return !progress_ || progress_->Progress(progressDone_, progressTotal_) != 0;
+    if (!progress_) return true;
+    progress_->SetObjectProgress(progressDone_);
+    return !progress_->IsCancelled();
 }
 
 void HRendBuf::RenderSource(IHairSource& source) {
@@ -166,10 +173,10 @@ void HRendBuf::FinishBucket(int index) {
     madeFragments_ = mode_ == HRM_SHADOW ? 0 : int64_t(bucket.FragmentCount());
     if (mode_ == HRM_SHADOW && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() && shadowMap_.Build(bucket))
         bucket.Compacted();
-    if (progress_) progress_->Progress(progressTotal_, progressTotal_);
+    if (progress_) progress_->SetObjectProgress(progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     buckets_[size_t(index)].bucket.store(current_.release());
     UpdateMemory();
     const size_t live = size_t(LiveBuckets());
@@ -193,11 +200,12 @@ int HRendBuf::LiveBuckets() const {
 
 void HRendBuf::ReleaseIdleBuckets() {
     const HRendSettings& settings = owner_.Settings();
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     if (buckets_.empty() && bucketGen_) {
         const size_t count = size_t(bucketGen_->GetBucketCount());
+        std::vector<bool> seen(count + 1, false); // first: the two belong together, and memory may run out between
         buckets_ = std::vector<BucketSlot>(count);
-        seenLiveCounts_.assign(count + 1, false);
+        seenLiveCounts_.swap(seen);
         bucketsReady_.store(true, std::memory_order_release);
     }
     const uint32_t now = settings.tick();

@@ -1,18 +1,20 @@
 // Insertion into the bucket being rendered.
 
+#include <optional>
 #include <thread>
 
+#include "DebugTools/CrashReport.h"
 #include "HRendBuf/HRendBuf.h"
 
 /// Holds one pixel's lock when several threads insert.
 class HRendBuf::PixelLock {
 public:
     PixelLock(HRendBuf& buffer, size_t pixel) {
-        if (buffer.threadCount_ >= 2) lock_ = std::unique_lock(buffer.pixelLocks_[pixel % kPixelLocks]);
+        if (buffer.threadCount_ >= 2) lock_.emplace(buffer.pixelLocks_[pixel % kPixelLocks]);
     }
 
 private:
-    std::unique_lock<std::mutex> lock_;
+    std::optional<diag::ScopedLock<std::mutex>> lock_;
 };
 
 FragmentStore HRendBuf::Store(int thread, bool recycle) {
@@ -40,15 +42,20 @@ void HRendBuf::TilesToLists(int thread) {
 /// Turns what the ordered path has merged into the bucket's lists.
 void HRendBuf::EnsureLists() {
     if (inLists_.load(std::memory_order_acquire)) return;
-    const std::lock_guard guard(listFormLock_);
+    const diag::ScopedLock guard(listFormLock_);
     if (inLists_.load(std::memory_order_relaxed)) return;
     if (!current_->HasLists()) current_->CreateLists();
     {
         constexpr size_t kWorthThreads = 8u << 20;
+        // Guarded one by one: a fault must neither leave the helpers behind nor strike a thread without a guard.
+        const auto convert = [this](int thread) {
+            diag::Guarded(
+                "in rendering thread", [&] { TilesToLists(thread); }, diag::GuardReports::kOnce);
+        };
         std::vector<std::jthread> helpers;
         if (ordered_.FragmentBytes() > kWorthThreads)
-            for (int i = 1; i < threadCount_; ++i) helpers.emplace_back([this, i] { TilesToLists(i); });
-        TilesToLists(0);
+            for (int i = 1; i < threadCount_; ++i) helpers.emplace_back([&convert, i] { convert(i); });
+        convert(0);
     }
     ordered_.EndToLists();
     inLists_.store(true, std::memory_order_release);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "DebugTools/platform/Thread.h"
 #include "HRendBuf/HRendBuf.h"
 #include "sdk/atmos.h"
 
@@ -40,7 +41,7 @@ HRendBucket* HRendBuf::Find(int x, int y) const {
 }
 
 bool HRendBuf::HasBucket(int x, int y) {
-    const std::lock_guard guard(bucketListLock_);
+    const diag::ScopedLock guard(bucketListLock_);
     return Find(x, y) != nullptr;
 }
 

@@ -1,5 +1,7 @@
 #include "HRendBuf/SampleRuns.h"
 
+#include <new>
+
 TileGrid::TileGrid(const PixelRect& rect) : bucket(rect) {
     constexpr int kManyTiles = 2048;
     for (shift = 5;; ++shift) {
@@ -26,17 +28,21 @@ void TileRuns<Point>::Reset() {
 
 template <class Point>
 void TileRuns<Point>::Grow(Cursor& c, int tile) {
+    // All that may fail for want of memory comes before the run changes.
+    if (!c.last) touched_.push_back(tile);
     const size_t slab = usedChunks_ / kSlabChunks;
-    if (slab == slabs_.size()) slabs_.emplace_back(new Chunk[kSlabChunks]);
+    if (slab == slabs_.size()) {
+        diag::SharedArray<Chunk> chunks = SHARED_ARRAY(Chunk, kSlabChunks);
+        if (!chunks) throw std::bad_alloc();
+        slabs_.push_back(std::move(chunks));
+    }
     Chunk* chunk = &slabs_[slab][usedChunks_ % kSlabChunks];
     ++usedChunks_;
     chunk->next = nullptr;
     if (c.last)
         c.last->next = chunk;
-    else {
+    else
         c.first = chunk;
-        touched_.push_back(tile);
-    }
     c.last = chunk;
     c.pos = chunk->records;
     c.end = chunk->records + kChunkRecords;

@@ -10,6 +10,7 @@
 #include "DebugTools/Assert.h"
 #include "DebugTools/MemMgr.h"
 #include "DebugTools/Platform.h"
+#include "DebugTools/platform/Symbols.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "LibState.h"
@@ -95,6 +96,7 @@ void SetUpFiles(const std::string& directory) {
     state.directory = directory;
     state.settings.clear();
     if (directory.empty()) return;
+    diag::SetSymbolFolder(directory);
     DiagSystem* diagnostics = GetDiagSystem();
     const std::string logs = LogDirectory(directory);
     LogSetFileName(LogDefault(), (logs + "velmar.log").c_str());
@@ -114,11 +116,11 @@ void WriteLogBegin() {
     LogWrite(log, nullptr, kLogEndLine);
 }
 
-// Allocations are not tracked in this version: a break id is answered in the log instead of being dropped silently.
-void NoteTraceAllocID() {
+void SetUpTracker() {
+    MemSettings& settings = TrackerSettings();
     int id = 0;
-    if (ReadSetting(SETTING_TRACE_ALLOC_ID, id) && id >= 1)
-        LogPrintf(LogDefault(), kLogEndLine, "TraceAllocID %d has no effect: allocations are not tracked", id);
+    if (ReadSetting(SETTING_TRACE_ALLOC_ID, id) && id >= 1) settings.breakAtAllocation = uint32_t(id);
+    settings.mode = 4;
 }
 
 } // namespace
@@ -141,10 +143,11 @@ bool ReadSetting(Setting which, int& value) {
 void AttachLibrary(void* module, const std::string& file) {
     GetLibState().module = module;
     GetDiagSystem();
+    GetMemTracker();
     SetUpFiles(DirectoryOf(file));
     SetAllocFailureCallback(ShowOutOfMemory);
     WriteLogBegin();
-    NoteTraceAllocID();
+    SetUpTracker();
     LogFlush(LogDefault());
     // Through the descriptor, which must be made first so that it outlives the renderer's parameter block.
     GetHairRenderClassDesc()->Create(false);

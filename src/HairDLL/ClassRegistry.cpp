@@ -6,6 +6,7 @@
 #include "Base/SurfDist/SurfDist.h"
 #include "CurveCtl/CurveCtl.h"
 #include "DebugTools/Log.h"
+#include "DebugTools/MemTracker.h"
 #include "FurAtmo/FurAtmo.h"
 #include "HRendAtm/HairRender.h"
 #include "HairAtmo/HairAtmo.h"
@@ -40,7 +41,10 @@ public:
     explicit RowDesc(const ClassRow& row) : row_(row) {}
     int IsPublic() override { return row_.isPublic; }
     void* Create(bool) override {
-        if (row_.create) return row_.create();
+        if (row_.create) {
+            MEM_LOCATION();
+            return row_.create();
+        }
         LogPrintf(LogDefault(), kLogEndLine, "class \"%s\" (super class 0x%x) is not part of this version",
                   FindString(row_.name), row_.superClass);
         return nullptr;

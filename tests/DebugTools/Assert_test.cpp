@@ -33,6 +33,9 @@ struct AssertTest : testing::Test {
 };
 
 const std::string kOpening = "//=====================================================\r\n";
+// This program lies high in memory, as everything it loads: no module is listed.
+const std::string kModules = "========================\r\nModule list:\r\n"
+                             "name\taddress\tsize\tfile time (UTC)\tfile time (sys):\r\n";
 const std::string kClosing = "\\\\=====================================================\r\n";
 
 TEST_F(AssertTest, FirstEntryIsFramedAndHoldsTheSystemInformation) {
@@ -42,7 +45,8 @@ TEST_F(AssertTest, FirstEntryIsFramedAndHoldsTheSystemInformation) {
     const std::string head = "before\r\n\r\n" + kOpening + "src/a.cpp(12): sAssert failed, time:     65.432\r\n" +
                              "========================\r\nSystem information:\r\n";
     EXPECT_EQ(text.substr(0, head.size()), head);
-    EXPECT_TRUE(text.ends_with("\r\n" + kClosing + "\r\n")) << text;
+    EXPECT_TRUE(text.ends_with("\r\n" + kModules + kClosing + "\r\n")) << text;
+    EXPECT_TRUE(system.moduleListWritten);
     EXPECT_TRUE(system.systemInfoWritten);
     EXPECT_FALSE(system.noPromptYet);
     EXPECT_TRUE(LogGetCopyOnClose(log.log));
@@ -68,7 +72,7 @@ TEST_F(AssertTest, SystemInformationWrittenBeforeIsNotRepeatedButTheFrameStays) 
     const size_t start = log.Text().size();
     sAssert(&system, "a", 1);
     EXPECT_EQ(log.Text().substr(start),
-              "\r\n" + kOpening + "a(1): sAssert failed, time:     65.432\r\n" + kClosing + "\r\n");
+              "\r\n" + kOpening + "a(1): sAssert failed, time:     65.432\r\n" + kModules + kClosing + "\r\n");
 }
 
 TEST_F(AssertTest, AnsweredNoIsLoggedAndEndsThePrompts) {
@@ -94,7 +98,7 @@ TEST_F(AssertTest, TimeStampsAreOffInsideTheFrameAndBackAfterIt) {
     sAssert(&system, "a", 1);
     // The blank line before the frame is written without a stamp too.
     EXPECT_EQ(log.Text().substr(start),
-              "\r\n" + kOpening + "a(1): sAssert failed, time:     65.432\r\n" + kClosing + "\r\n");
+              "\r\n" + kOpening + "a(1): sAssert failed, time:     65.432\r\n" + kModules + kClosing + "\r\n");
     EXPECT_EQ(LogGetDefaultFlags(log.log), kLogInitialFlags | kLogTimeStamp);
     sAssert(&system, "b", 2);
     EXPECT_TRUE(log.Text().ends_with("\r\n    65.432 b(2): sAssert failed\r\n"));

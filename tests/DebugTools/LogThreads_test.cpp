@@ -59,6 +59,49 @@ TEST(LogThreads, HeadersOfSeveralPiecesStayWhole) {
                [](int t, int i) { return " thread" + std::to_string(t) + "(" + std::to_string(i) + "): text\r"; });
 }
 
+// The last part of a number in a line "thread t line n", or -1 for any other line.
+int NumberOfLine(std::string_view line, int& thread) {
+    constexpr std::string_view head = "thread ", middle = " line ";
+    if (line.size() < head.size() + middle.size() + 3 || !line.starts_with(head) || !line.ends_with("\r")) return -1;
+    thread = line[head.size()] - '0';
+    line.remove_prefix(head.size() + 1);
+    if (!line.starts_with(middle)) return -1;
+    line.remove_prefix(middle.size());
+    int number = 0;
+    for (const char c : line.substr(0, line.size() - 1)) {
+        if (c < '0' || c > '9') return -1;
+        number = number * 10 + (c - '0');
+    }
+    return number;
+}
+
+TEST(LogThreads, AMillionLinesAndOneLimitNotice) {
+    constexpr int kEach = 1000000 / kThreads;
+    constexpr uint32_t kLimit = 20000000; // about nine tenths of what is written
+    TestLog log;
+    LogSetSizeLimit(log.log, kLimit);
+    RunThreads([&](int t) {
+        for (int i = 0; i < kEach; ++i) LogPrintf(log.log, kLogEndLine, "thread %d line %d", t, i);
+    });
+    const std::string text = log.Text();
+    const std::string notice = "\r\n\r\nLog file limit reached, logging disabled!\r\n";
+    ASSERT_TRUE(text.ends_with(notice));
+    EXPECT_EQ(text.find("limit reached"), text.rfind("limit reached"));
+    // The line that crosses the limit is the last one.
+    const size_t written = text.size() - notice.size();
+    EXPECT_GE(written, kLimit);
+    EXPECT_LT(written, kLimit + 30);
+    int next[kThreads] = {};
+    for (size_t at = 0; at < written;) {
+        const size_t end = text.find('\n', at);
+        int thread = -1;
+        const int number = NumberOfLine(std::string_view(text).substr(at, end - at), thread);
+        ASSERT_TRUE(thread >= 0 && thread < kThreads && number == next[thread]) << text.substr(at, end - at);
+        ++next[thread];
+        at = end + 1;
+    }
+}
+
 TEST(LogThreads, ThreadsThatMeetTheDefaultLogFirstShareOne) {
     LogClose(nullptr);
     std::atomic<Log*> seen[kThreads] = {};

@@ -26,6 +26,7 @@ const RawAllocator kLimited = {[](size_t size) -> void* {
 int failures = 0;
 
 struct LimitedChunks {
+    DefaultLogIn log; // the tracker tells of what failed
     explicit LimitedChunks(int budget) {
         chunksLeft = budget;
         chunksLive = failures = 0;

@@ -33,15 +33,21 @@ void Put(HRendBuf& b, int x, int y, float z, float coverage = 0.5f, float opacit
     b.InsertImageSample(0, x, y, z, {0.75f, 0.5f, 0.25f}, coverage, opacity, {});
 }
 
-class Titles : public RendProgressCallback {
+class Titles : public IProgressIndicator {
 public:
     std::vector<std::string> titles;
     std::vector<std::pair<int, int>> steps;
-    void SetTitle(const char* title) override { titles.push_back(title); }
-    int Progress(int done, int total) override {
-        steps.push_back({done, total});
-        return done < 2;
+    void SetTask(const std::string&, int) override {}
+    void SetTaskProgress(int) override {}
+    void SetObject(const std::string& name, int total) override {
+        StoreObject(name, total);
+        titles.push_back(name);
     }
+    void SetObjectProgress(int done) override {
+        step_ = done;
+        steps.push_back({done, stepTotal_});
+    }
+    bool IsCancelled() override { return step_ >= 2; }
 };
 
 } // namespace

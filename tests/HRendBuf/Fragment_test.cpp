@@ -11,7 +11,7 @@ namespace {
 
 /// A pixel's linked list with its pool.
 struct List {
-    FragmentPool pool{sizeof(HairFragment), 256};
+    FragmentAllocator pool{sizeof(HairFragment), 256};
     HairFragment* head = nullptr;
     float tolerance = 0.1f;
     bool recycle = true;
@@ -203,8 +203,28 @@ TEST(FragmentList, MergingToOpaqueDropsWhatIsBehind) {
     EXPECT_EQ(other.All().size(), 2u);
 }
 
+namespace {
+
+/// Lets the tracker give out no more than so many bytes, for a scope. What it logs meanwhile goes nowhere.
+class MemoryLimit {
+public:
+    explicit MemoryLimit(uint64_t bytes) {
+        LogSetFileName(nullptr, "/dev/null");
+        TrackerSettings().maximumTotal = bytes;
+    }
+    ~MemoryLimit() {
+        TrackerSettings().maximumTotal = 0;
+        LogSetFileName(nullptr, nullptr);
+    }
+};
+
+} // namespace
+
 TEST(FragmentList, ExhaustedPoolKeepsTheList) {
-    FragmentPool pool(sizeof(HairFragment), 2, 1);
+    FragmentAllocator pool(sizeof(HairFragment), 256);
+    for (int slot : {0, 1}) // two blocks are left in slot 0, many in slot 1
+        for (int used = 0; used < (slot == 0 ? 254 : 1); ++used) ASSERT_NE(pool.Alloc(slot), nullptr);
+    const MemoryLimit noMore(TrackerAmounts().allocated);
     HairFragment* head = nullptr;
     const FragmentStore store{&pool, 0, 0.1f, true};
     for (float z : {-2.0f, -4.0f, -3.0f, -1.0f}) InsertPoint(head, ImagePoint{z, 0.5f, 0.5f, {}}, store);

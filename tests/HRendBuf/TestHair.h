@@ -160,7 +160,7 @@ struct TestView {
         view.nearRange = 0, view.farRange = 100;
         image.ComputeScales(view);
     }
-    int Render(HRendBuf& buffer, int x, int y, HRendMode mode = HRM_IMAGE, RendProgressCallback* progress = nullptr,
+    int Render(HRendBuf& buffer, int x, int y, HRendMode mode = HRM_IMAGE, IProgressIndicator* progress = nullptr,
                const char* title = nullptr) const {
         return buffer.RenderBucket(mode, 0, image, view, x, y, progress, title, nullptr);
     }

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "DebugTools/Assert.h"
+#include "DebugTools/MemTracker.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/Attach.h"
 #include "HairDLL/LibGlobals.h"
@@ -46,6 +48,13 @@ private:
     std::string before_;
     bool had_ = false;
 };
+
+/// The number that the tracker gave a block: the second word of the header before it.
+uint32_t TrackedId(const void* block) {
+    uint32_t words[14];
+    std::memcpy(words, static_cast<const char*>(block) - sizeof words, sizeof words);
+    return words[1];
+}
 
 class AttachTest : public testing::Test {
 protected:
@@ -91,6 +100,38 @@ TEST_F(AttachTest, FilesStandBesideTheLibrary) {
     EXPECT_NE(log.find("\nTime: "), std::string::npos);
     EXPECT_NE(log.find("velmar log end"), std::string::npos);
     EXPECT_NE(HairRender::Existing(), nullptr);
+}
+
+TEST_F(AttachTest, TheLogBeginsWithTimeSystemAndVersionInThisOrder) {
+    GetDiagSystem()->systemInfoWritten = false;
+    Attach(root / "velmar.dlu");
+    const std::string atAttach = ReadAll(root / "velmar.log"); // flushed by the attach itself
+    int hour = -1, minute = -1, second = -1, length = 0;
+    std::sscanf(atAttach.c_str(), "velmar log begin\r\nTime: %d:%2d:%2d\r\n%n", &hour, &minute, &second, &length);
+    ASSERT_GT(length, 0) << atAttach;
+    const std::string system = atAttach.substr(size_t(length));
+    EXPECT_TRUE(system.starts_with("========================\r\nSystem information:\r\n")) << system;
+    EXPECT_TRUE(system.ends_with("\r\nMAX Release: 13900\r\nVersion: 1.7.0.82 For MAX 2010 (64 bit)\r\n\r\n"))
+        << system;
+    EXPECT_EQ(TrackerSettings().mode, 4u);
+    DetachLibrary();
+    LogFlush(LogDefault());
+    EXPECT_EQ(ReadAll(root / "velmar.log"), atAttach + "velmar log end\r\n");
+}
+
+TEST_F(AttachTest, TheBreakIdOfTheSettingsIsReportedWhenItComes) {
+    void* first = memAllocShared(nullptr, 1, 1, "first.cpp");
+    const std::string id = std::to_string(TrackedId(first) + 2 * 32);
+    WriteSettings("[Test]\nTraceAllocID=" + id + "\n");
+    Attach(root / "velmar.dlu");
+    DetachLibrary();
+    void* second = memAllocShared(nullptr, 1, 2, "second.cpp");
+    void* third = memAllocShared(nullptr, 1, 3, "third.cpp");
+    LogFlush(LogDefault());
+    const std::string log = ReadAll(root / "velmar.log");
+    EXPECT_TRUE(log.ends_with("velmar log end\r\nthird.cpp(3): Break at memory allocation id " + id + "\r\n")) << log;
+    for (void* block : {first, second, third}) memFreeShared(nullptr, block);
+    TrackerSettings().breakAtAllocation = 0;
 }
 
 TEST_F(AttachTest, TheNameIsComparedWithoutCase) {
@@ -150,15 +191,17 @@ TEST_F(AttachTest, SettingsCountWhenTheyAreNumbers) {
     EXPECT_EQ(mode, 1);
 }
 
-TEST_F(AttachTest, TraceAllocIdIsAnsweredInTheLog) {
-    for (const auto& [value, told] : {std::pair("5", true), {"0", false}, {"abc", false}, {"-1", false}}) {
+TEST_F(AttachTest, TraceAllocIdGoesToTheTracker) {
+    std::atomic<uint32_t>& breakId = TrackerSettings().breakAtAllocation;
+    for (const auto& [value, expected] : {std::pair("5", 5u), {"0", 77u}, {"abc", 77u}, {"-1", 77u}}) {
         WriteSettings(std::string("[Test]\nTraceAllocID=") + value + "\n");
-        LogSetFileName(LogDefault(), nullptr); // the next attach starts the file anew
+        breakId = 77;
+        TrackerSettings().mode = 3;
         Attach(root / "velmar.dlu");
-        LogFlush(LogDefault());
-        EXPECT_EQ(ReadAll(root / "velmar.log").find("TraceAllocID 5 has no effect") != std::string::npos, told)
-            << value;
+        EXPECT_EQ(breakId, expected) << value;
+        EXPECT_EQ(TrackerSettings().mode, 4u);
     }
+    breakId = 0;
 }
 
 TEST_F(AttachTest, TextsNeedTheModule) {

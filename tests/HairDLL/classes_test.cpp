@@ -3,17 +3,12 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "HairDLL/ClassRegistry.h"
 #include "HairDLL/LibGlobals.h"
 #include "core/core.h"
 #include "expected_classes.h"
+#include "load_test.h"
 #include "sdk/plugapi.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -50,32 +45,6 @@ public:
 
 private:
     void* handle_;
-};
-
-/// A folder of its own with a copy of the library.
-class LoadTest : public testing::Test {
-protected:
-    LoadTest() : scope_(core), folder(FolderOfThisTest()) {
-        fs::create_directories(folder);
-        library = (folder / "velmar.dlu").string();
-        fs::copy_file(std::string(VELMAR_BIN_DIR) + "/velmar.dlu", library, fs::copy_options::overwrite_existing);
-    }
-    ~LoadTest() override { fs::remove_all(folder); }
-    static fs::path FolderOfThisTest() {
-        const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-        return fs::temp_directory_path() / ("velmar_load_" + std::to_string(getpid()) + "_" + name);
-    }
-    std::string LogText() const {
-        std::ifstream in(folder / "velmar.log");
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
-
-    host::Core core;
-    host::Core::Scope scope_;
-    fs::path folder;
-    std::string library;
 };
 
 } // namespace
@@ -183,5 +152,5 @@ TEST_F(LoadTest, TheLogBeginsAndEndsWithTheLibrary) {
     EXPECT_NE(log.find("Version: 1.7.0.82 For MAX 2010 (64 bit)"), std::string::npos);
     EXPECT_NE(log.find("class \"velmarView\" (super class 0x10) is not part of this version"), std::string::npos);
     EXPECT_NE(log.find("velmar log end"), std::string::npos);
-    EXPECT_FALSE(fs::exists(folder / "testfile"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "testfile"));
 }

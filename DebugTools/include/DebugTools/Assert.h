@@ -8,26 +8,40 @@
 
 #include <atomic>
 
+/// What reports ask of the profiler.
+struct ProfilerReports {
+    int (*stackDepth)(uint32_t threadId); ///< scopes that a thread is in
+    void (*dumpStacks)();                 ///< writes the scopes of all threads
+    void (*writeProfile)();
+};
+
 /// The diagnostics system: one per process (GetDiagSystem); tests make their own.
 struct DiagSystem {
     /// Shows the prompt text and returns true to keep showing prompts.
     using AssertCallback = bool (*)(const char* prompt);
-    /// Writes extra lines into a report on an exception.
+    /// Writes extra lines into a crash report.
     using CrashInfoCallback = void (*)(Log* log);
+    /// Gives the memory tracker's amounts in bytes; false when there is no tracker.
+    using MemoryCallback = bool (*)(uint64_t& allocated, uint64_t& peak);
 
     explicit DiagSystem(Log* logToWrite = nullptr) : log(logToWrite) {}
 
-    diag::CriticalSection crashLock;      ///< serialises the reports on exceptions
+    diag::CriticalSection crashLock;      ///< serialises the reports on faults and exceptions
     Log* log;                             ///< null: the default log
     std::atomic<bool> assertsShown{true}; ///< failed assertions open a prompt; goes from on to off only
     std::atomic<bool> noPromptYet{true};  ///< cleared when a prompt is composed
     std::atomic<bool> systemInfoWritten{false};
     std::atomic<bool> moduleListWritten{false};
+    std::atomic<bool> moduleListEnabled{true};
+    std::atomic<bool> suspendThreads{true}; ///< a crash report may hold the threads still that are handed to it
+    std::atomic<const ProfilerReports*> profiler{nullptr};
+    std::atomic<MemoryCallback> memoryCallback{nullptr};
     std::atomic<AssertCallback> assertCallback{nullptr};
     std::atomic<CrashInfoCallback> crashInfoCallback{nullptr};
 };
 
-/// The process's system, made on first use; never null.
+/// The process's system, made on first use together with the default log and the memory tracker, whose amounts it
+/// reports; the default tracer is its profiler while there is one. Never null.
 DiagSystem* GetDiagSystem();
 
 /// What a failed assertion tells beside its place; any may be null.

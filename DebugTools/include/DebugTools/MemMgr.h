@@ -1,16 +1,16 @@
 // Fixed-size block allocators, so that strands and fragments do not reach the general allocator while rendering.
 #pragma once
 
-#include "DebugTools/platform/Thread.h"
+#include "DebugTools/BiasedSection.h"
+#include "DebugTools/MemTracker.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <memory>
 
-/// Allocates blocks of one size. A slot, 0 to 15, names the calling worker thread's own lists; a larger number counts
-/// modulo
-/// 16. The destructor frees all memory, blocks in use too.
+/// Allocates blocks of one size, in chunks from the memory tracker. A slot, 0 to 15, names the calling worker thread's
+/// own lists; a larger number counts modulo 16. The destructor frees all memory, blocks in use too.
 class IMemMgr {
 public:
     static constexpr int kSlots = 16;
@@ -25,17 +25,6 @@ public:
     virtual size_t GetSize() const = 0;
 };
 
-/// Where chunks of blocks come from. `alloc` gives null when there is no memory; its result must be aligned to 16
-/// bytes.
-struct RawAllocator {
-    void* (*alloc)(size_t size);
-    void (*free)(void* memory);
-};
-
-/// Replaces the raw allocator of all block allocators made from now on; each keeps a copy of the one it was made with.
-/// Null restores the general allocator.
-void SetRawAllocator(const RawAllocator* allocator);
-
 /// Sets what a block allocator calls, once in its life, when a chunk cannot be had; null for nothing.
 void SetAllocFailureCallback(void (*callback)());
 
@@ -44,16 +33,20 @@ namespace diag {
 /// The lists of all slots: what both allocators are made of. Locks nothing.
 class BlockLists {
 public:
-    BlockLists(size_t blockSize, size_t blockCount);
+    BlockLists(size_t blockSize, size_t blockCount, MemTracker* tracker);
     ~BlockLists();
     BlockLists(const BlockLists&) = delete;
     BlockLists& operator=(const BlockLists&) = delete;
 
     void* Alloc(int slot) {
         Slot& lists = slots_[static_cast<unsigned>(slot) % IMemMgr::kSlots];
-        if (!lists.free && !AddChunk(lists)) return nullptr;
-        void* block = lists.free;
-        std::memcpy(&lists.free, block, sizeof lists.free);
+        if (void* block = lists.free) {
+            std::memcpy(&lists.free, block, sizeof lists.free);
+            return block;
+        }
+        if (lists.next == lists.end && !AddChunk(lists)) return nullptr;
+        std::byte* block = lists.next;
+        lists.next += blockSize_;
         return block;
     }
 
@@ -72,6 +65,8 @@ private:
     // Slots of different threads do not share a cache line.
     struct alignas(64) Slot {
         void* free = nullptr;
+        std::byte* next = nullptr; ///< the last chunk's first block that was never given out, up to `end`
+        std::byte* end = nullptr;
         Chunk* chunks = nullptr;
     };
 
@@ -100,7 +95,7 @@ private:
 
     size_t blockSize_;
     size_t blockCount_;
-    RawAllocator raw_;
+    MemTracker* tracker_;
     std::atomic<size_t> chunkCount_{0};
     std::atomic<bool> failureShown_{false};
     Slot slots_[IMemMgr::kSlots];
@@ -112,20 +107,20 @@ private:
 /// per process, and counts as 24; a block count below 256 counts as 256.
 class Pool final : public IMemMgr {
 public:
-    Pool(size_t blockSize, size_t blockCount);
+    Pool(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr);
 
     void* Alloc(int slot) override {
-        diag::ScopedLock lock(section_);
+        diag::BiasedLock lock(section_);
         return lists_.Alloc(slot);
     }
     void Free(void* block, int slot) override {
-        diag::ScopedLock lock(section_);
+        diag::BiasedLock lock(section_);
         lists_.Free(block, slot);
     }
     size_t GetSize() const override { return lists_.GetSize(); }
 
 private:
-    diag::CriticalSection section_;
+    diag::BiasedSection section_;
     diag::BlockLists lists_;
 };
 
@@ -133,7 +128,8 @@ private:
 /// as 8 (a free block holds a link), a block count below 256 as 256.
 class MemoryManager final : public IMemMgr {
 public:
-    MemoryManager(size_t blockSize, size_t blockCount) : lists_(blockSize, blockCount) {}
+    MemoryManager(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr)
+        : lists_(blockSize, blockCount, tracker) {}
 
     void* Alloc(int slot) override { return lists_.Alloc(slot); }
     void Free(void* block, int slot) override { lists_.Free(block, slot); }

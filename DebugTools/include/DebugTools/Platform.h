@@ -2,6 +2,7 @@
 // systems and one for Windows. Everything lives in namespace diag.
 #pragma once
 
+#include "DebugTools/platform/Fault.h"
 #include "DebugTools/platform/File.h"
 #include "DebugTools/platform/Ini.h"
 #include "DebugTools/platform/System.h"

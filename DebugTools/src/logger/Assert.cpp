@@ -2,6 +2,7 @@
 #include "DebugTools/Assert.h"
 
 #include "AssertParts.h"
+#include "DebugTools/CrashReport.h"
 #include "DebugTools/platform/System.h"
 #include "LogState.h"
 
@@ -78,7 +79,8 @@ void sAssert(DiagSystem* system, const char* file, int line, const AssertDetails
     if (!system) system = GetDiagSystem();
     if (!file) file = "unknown file";
     Log* log = system->log;
-    const bool framed = !system->systemInfoWritten || !system->moduleListWritten;
+    const ProfilerReports* profiler = system->profiler;
+    const bool framed = !system->systemInfoWritten || !system->moduleListWritten || profiler;
     LogHold together(log);
     diag::EntryFrame frame(log);
     if (framed) frame.Begin();
@@ -94,8 +96,8 @@ void sAssert(DiagSystem* system, const char* file, int line, const AssertDetails
     }
     EndFailureLine(log, framed);
     WriteSystemInfo(system);
-    // There is no module list here: it counts as written, so that only the first entry is framed.
-    system->moduleListWritten = true;
+    WriteModuleList(system);
+    if (profiler) profiler->dumpStacks();
     if (framed) frame.End();
     LogFlush(log);
 }

@@ -29,4 +29,9 @@ private:
     bool hadTimeStamps_ = false;
 };
 
+/// Writes the time of day and the tick counter.
+void WriteReportTime(Log* log);
+/// True the first time this text is seen with this place, in the process.
+bool FirstReport(const char* context, uint64_t place);
+
 } // namespace diag

@@ -1,18 +1,39 @@
 // The process's diagnostics system, the crash copy's name, and the report on a caught exception.
 #include "AssertParts.h"
+#include "DebugTools/MemTracker.h"
 #include "DebugTools/platform/System.h"
+#include "LogState.h"
+#include "platform/Immortal.h"
 
 #include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <new>
 #include <string>
 
+namespace {
+
+bool TellMemory(uint64_t& allocated, uint64_t& peak) {
+    const MemAmounts amounts = TrackerAmounts();
+    allocated = amounts.allocated;
+    peak = amounts.peak;
+    return true;
+}
+
+// Brings the log and the memory tracker along. A tracer announces itself when it is made.
+DiagSystem* MakeProcessSystem() {
+    // A check may fail while the process ends. It writes to the default log, which is closed then.
+    DiagSystem& system = diag::Immortal<DiagSystem, struct ProcessTag>();
+    LogDefault();
+    GetMemTracker();
+    system.memoryCallback = TellMemory;
+    return &system;
+}
+
+} // namespace
+
 DiagSystem* GetDiagSystem() {
-    // Never destroyed: a check may fail while the process ends. It writes to the default log, which is closed then.
-    alignas(DiagSystem) static std::byte storage[sizeof(DiagSystem)];
-    static DiagSystem* system = new (storage) DiagSystem;
+    static DiagSystem* const system = MakeProcessSystem();
     return system;
 }
 
@@ -55,19 +76,6 @@ void SetCrashCopyPattern(DiagSystem* system, const char* pattern) {
 
 namespace {
 
-// The texts reported so far, kept without allocating: memory may be what has run out. Contexts are few and fixed; one
-// that finds no room counts as reported.
-bool FirstReport(const char* context) {
-    constexpr int kMaxContexts = 32;
-    static char reported[kMaxContexts][96];
-    static int count = 0;
-    for (int i = 0; i < count; ++i)
-        if (std::strncmp(reported[i], context, sizeof reported[i] - 1) == 0) return false;
-    if (count == kMaxContexts) return false;
-    std::snprintf(reported[count++], sizeof reported[0], "%s", context);
-    return true;
-}
-
 void WriteExceptionLine(Log* log) {
     try {
         if (std::current_exception()) throw;
@@ -81,24 +89,52 @@ void WriteExceptionLine(Log* log) {
 
 } // namespace
 
-bool diag::ReportException(const char* context, DiagSystem* system) {
+// The texts and places reported so far, kept without allocating: memory may be what has run out. Contexts are few and
+// fixed; one that finds no room counts as reported.
+bool diag::FirstReport(const char* context, uint64_t place) {
+    struct Reported {
+        char context[96];
+        uint64_t place;
+    };
+    constexpr int kMaxReports = 64;
+    static Reported reported[kMaxReports];
+    static int count = 0;
+    ScopedLock lock(GetDiagSystem()->crashLock);
+    for (int i = 0; i < count; ++i)
+        if (reported[i].place == place &&
+            std::strncmp(reported[i].context, context, sizeof reported[i].context - 1) == 0)
+            return false;
+    if (count == kMaxReports) return false;
+    std::snprintf(reported[count].context, sizeof reported[count].context, "%s", context);
+    reported[count++].place = place;
+    return true;
+}
+
+void diag::WriteReportTime(Log* log) {
+    const CalendarTime now = LocalCalendarTime();
+    const uint32_t ticks = LogTicks();
+    LogPrintf(log, 0, "Time: %d:%02d:%02d, %6u.%03u\n", now.hour, now.minute, now.second, ticks / 1000, ticks % 1000);
+}
+
+// What memory has run out for is missing in the report.
+bool diag::ReportException(const char* context, DiagSystem* system) try {
     if (!system) system = GetDiagSystem();
     if (!context) context = "";
-    // One lock for all systems: the list of texts is the process's.
-    ScopedLock lock(GetDiagSystem()->crashLock);
-    if (!FirstReport(context)) return false;
+    if (!FirstReport(context, 0)) return false;
     Log* log = system->log;
+    LogHold together(log); // before the other lock, as everywhere
+    ScopedLock lock(system->crashLock);
     LogSetCopyOnClose(log, true);
     EntryFrame frame(log);
     frame.Begin();
     WriteExceptionLine(log);
-    const CalendarTime now = LocalCalendarTime();
-    const uint32_t ticks = LogTicks();
-    LogPrintf(log, 0, "Time: %d:%02d:%02d, %6u.%03u\n", now.hour, now.minute, now.second, ticks / 1000, ticks % 1000);
+    WriteReportTime(log);
     LogPrintf(log, kLogEndLine, "Message: %s", context);
     if (auto callback = system->crashInfoCallback.load()) callback(log);
     WriteSystemInfo(system);
     frame.End();
     LogFlush(log);
+    return true;
+} catch (...) {
     return true;
 }

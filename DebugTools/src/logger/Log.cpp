@@ -1,6 +1,7 @@
 // Writing: reads the text by its type, puts the prefixes before it and keeps the size limit.
 #include "DebugTools/platform/Thread.h"
 #include "LogState.h"
+#include "platform/Utf.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -24,40 +25,6 @@ struct Piece {
     void Add(char c) { Add(&c, 1); }
 };
 
-// Adds one code point as UTF-8.
-void AddUtf8(char (&out)[kLogLineBuffer + 4], size_t& length, uint32_t code) {
-    auto add = [&](uint32_t byte) { out[length++] = static_cast<char>(byte); };
-    if (code < 0x80) {
-        add(code);
-    } else if (code < 0x800) {
-        add(0xC0 | code >> 6);
-        add(0x80 | (code & 63));
-    } else {
-        if (code < 0x10000) {
-            add(0xE0 | code >> 12);
-        } else {
-            add(0xF0 | code >> 18);
-            add(0x80 | ((code >> 12) & 63));
-        }
-        add(0x80 | ((code >> 6) & 63));
-        add(0x80 | (code & 63));
-    }
-}
-
-// Gives the length in bytes, or kLogLineBuffer when the text is too long. A lone surrogate becomes U+FFFD.
-size_t ConvertText16(const char16_t* text, char (&out)[kLogLineBuffer + 4]) {
-    size_t length = 0;
-    for (; *text && length < kLogLineBuffer; ++text) {
-        uint32_t code = *text;
-        if (code >= 0xD800 && code < 0xDC00 && text[1] >= 0xDC00 && text[1] < 0xE000)
-            code = 0x10000 + ((code - 0xD800) << 10) + (*++text - 0xDC00u);
-        else if (code >= 0xD800 && code < 0xE000)
-            code = 0xFFFD;
-        AddUtf8(out, length, code);
-    }
-    return length < kLogLineBuffer ? length : kLogLineBuffer;
-}
-
 template <class T>
 T ValueAt(const void* address) {
     T value;
@@ -71,7 +38,7 @@ int DecimalsOf(uint32_t flags) {
 }
 
 void AddText(Piece& piece, const void* text, uint32_t flags) {
-    char converted[kLogLineBuffer + 4];
+    char converted[kLogLineBuffer];
     const char* bytes = converted;
     size_t length = 0;
     auto print = [&](const char* format, auto... values) {
@@ -83,9 +50,12 @@ void AddText(Piece& piece, const void* text, uint32_t flags) {
         bytes = static_cast<const char*>(text);
         length = strnlen(bytes, kLogLineBuffer);
         break;
-    case kLogText16:
-        length = ConvertText16(static_cast<const char16_t*>(text), converted);
+    case kLogText16: {
+        bool fits = true;
+        length = diag::Utf16ToUtf8(static_cast<const char16_t*>(text), converted, kLogLineBuffer - 1, &fits);
+        if (!fits) length = kLogLineBuffer;
         break;
+    }
     case kLogInt32:
     case kLogInt32B:
     case kLogInt32C:

@@ -39,7 +39,7 @@ size_t OsWrite(void* file, const char* text) {
         piece[length] = '\0';
         good = static_cast<diag::OutputFile*>(file)->Write(piece, length);
         diag::DebuggerOutput(piece);
-        sent += length;
+        if (good) sent += length;
     }
     return sent;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "DebugTools/Log.h"
+#include "DebugTools/platform/Fault.h"
 
 constexpr size_t kLogNameSize = 512;
 constexpr int kLogMaxIndent = 64;
@@ -32,7 +33,7 @@ struct Log {
 /// Holds a log's lock for a scope; null means the default log. `Get` gives null when there is no log to be had.
 class LogHold {
 public:
-    explicit LogHold(Log* log) : log_(log ? log : LogDefault()) { Take(); }
+    explicit LogHold(Log* log) : log_(log ? log : LogDefault()), cleanup_(&GiveBack, this) { Take(); }
     ~LogHold() {
         if (held_) Release();
     }
@@ -42,8 +43,8 @@ public:
     Log* Get() const { return log_; }
     /// Lets other threads in, until Take.
     void Release() {
-        if (log_) log_->locks->unlock(log_->lock);
         held_ = false;
+        if (log_) log_->locks->unlock(log_->lock);
     }
     void Take() {
         if (log_) log_->locks->lock(log_->lock);
@@ -51,8 +52,14 @@ public:
     }
 
 private:
+    static void GiveBack(void* hold) {
+        auto& self = *static_cast<LogHold*>(hold);
+        if (self.held_) self.Release();
+    }
+
     Log* log_;
     bool held_ = false;
+    diag::FaultCleanup cleanup_; // a text at a bad address must not leave the log locked
 };
 
 /// A failed check of the library itself: counted, and written to `log` as "file(line): assert failed" when there is

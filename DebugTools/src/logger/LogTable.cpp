@@ -2,10 +2,10 @@
 #include "DebugTools/SourceName.h"
 #include "DebugTools/platform/Thread.h"
 #include "LogState.h"
+#include "platform/Immortal.h"
 
 #include <atomic>
 #include <cstdio>
-#include <new>
 
 namespace {
 
@@ -18,9 +18,7 @@ std::atomic<bool> processEnded{false};
 std::atomic<int> internalAsserts{0};
 
 diag::CriticalSection& TableLock() {
-    alignas(diag::CriticalSection) static std::byte storage[sizeof(diag::CriticalSection)];
-    static diag::CriticalSection* lock = new (storage) diag::CriticalSection;
-    return *lock;
+    return diag::Immortal<diag::CriticalSection, struct TableLockTag>();
 }
 
 void Init(Log& log, const LogFileOps* files, const LogLockOps* locks, uint32_t mode) {

@@ -2,10 +2,10 @@
 #include "DebugTools/MemMgr.h"
 
 #include "DebugTools/Assert.h"
+#include "memMgr/BlockTree.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 
 namespace {
@@ -13,9 +13,6 @@ namespace {
 constexpr size_t kMinPoolBlock = 24;
 constexpr size_t kMinBlockCount = 256;
 
-constexpr RawAllocator kGeneralAllocator = {std::malloc, std::free};
-
-std::atomic<const RawAllocator*> rawAllocator{&kGeneralAllocator};
 std::atomic<void (*)()> failureCallback{nullptr};
 
 size_t CheckedPoolBlock(size_t blockSize) {
@@ -25,54 +22,53 @@ size_t CheckedPoolBlock(size_t blockSize) {
 
 } // namespace
 
-void SetRawAllocator(const RawAllocator* allocator) {
-    rawAllocator = allocator ? allocator : &kGeneralAllocator;
-}
 void SetAllocFailureCallback(void (*callback)()) {
     failureCallback = callback;
 }
 
 namespace diag {
 
-// Stands before the blocks of a chunk.
-struct alignas(16) BlockLists::Chunk {
+// Stands before the blocks of a chunk. With the tracker's own header before it, it keeps blocks aligned to 16 bytes.
+struct BlockLists::Chunk {
     Chunk* next;
 };
 
-BlockLists::BlockLists(size_t blockSize, size_t blockCount)
+BlockLists::BlockLists(size_t blockSize, size_t blockCount, MemTracker* tracker)
     : blockSize_(std::max(blockSize, sizeof(void*))), blockCount_(std::max(blockCount, kMinBlockCount)),
-      raw_(*rawAllocator.load()) {}
+      tracker_(tracker) {
+    static_assert((sizeof(BlockHeader) + sizeof(Chunk)) % 16 == 0);
+}
 
 BlockLists::~BlockLists() {
     for (Slot& lists : slots_)
         while (Chunk* chunk = lists.chunks) {
             lists.chunks = chunk->next;
-            raw_.free(chunk);
+            memFreeShared(tracker_, chunk);
         }
 }
 
 bool BlockLists::AddChunk(Slot& lists) {
     const bool countable = blockCount_ <= (SIZE_MAX - sizeof(Chunk)) / blockSize_;
-    void* memory = countable ? raw_.alloc(sizeof(Chunk) + blockSize_ * blockCount_) : nullptr;
+    // Chunks belong to no thread: whoever ends the allocator frees them all.
+    const size_t bytes = blockSize_ * blockCount_;
+    void* memory =
+        countable ? memAllocShared(tracker_, sizeof(Chunk) + bytes, __LINE__, SourceName(__FILE__)) : nullptr;
     if (!memory) {
         const auto callback = failureCallback.load();
         if (!failureShown_.exchange(true) && callback) callback();
         return false;
     }
     lists.chunks = new (memory) Chunk{lists.chunks};
-    // Linked from the last to the first, so that blocks are handed out in the order of their addresses.
-    std::byte* blocks = static_cast<std::byte*>(memory) + sizeof(Chunk);
-    for (size_t i = blockCount_; i-- > 0;) {
-        std::memcpy(blocks + i * blockSize_, &lists.free, sizeof lists.free);
-        lists.free = blocks + i * blockSize_;
-    }
+    lists.next = static_cast<std::byte*>(memory) + sizeof(Chunk);
+    lists.end = lists.next + bytes;
     chunkCount_.fetch_add(1, std::memory_order_relaxed);
     return true;
 }
 
 } // namespace diag
 
-Pool::Pool(size_t blockSize, size_t blockCount) : lists_(CheckedPoolBlock(blockSize), blockCount) {}
+Pool::Pool(size_t blockSize, size_t blockCount, MemTracker* tracker)
+    : lists_(CheckedPoolBlock(blockSize), blockCount, tracker) {}
 
 std::unique_ptr<IMemMgr> CreateBlockAllocator(size_t blockSize, size_t blockCount, int threadCount) {
     if (threadCount < 2) return std::unique_ptr<IMemMgr>(new (std::nothrow) Pool(blockSize, blockCount));

@@ -1,6 +1,7 @@
 #include "Base/BaseAtmo/AtmoClassDesc.h"
 
 #include "DebugTools/Assert.h"
+#include "DebugTools/MemTracker.h"
 #include "HRendAtm/HairRender.h"
 #include "HairDLL/LibGlobals.h"
 #include "HairDLL/StringTable.h"
@@ -11,6 +12,7 @@ AtmoClassDesc::AtmoClassDesc(const AtmoClass& c) : class_(c) {
 
 void* AtmoClassDesc::Create(bool loading) {
     try {
+        MEM_LOCATION();
         std::unique_ptr<BaseAtmo> object(class_.make());
         if (!loading) {
             object->SetName(ClassName());

@@ -5,7 +5,7 @@
 #include "Base/BaseAtmo.h"
 #include "Base/CreateHair/RenderDriver.h"
 #include "Base/CreateHair/WorkUnits.h"
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
 #include "DebugTools/Log.h"
 #include "HRendBuf/HRendBuf.h"
 #include "sdk/core.h"
@@ -172,17 +172,14 @@ void BaseAtmo::EstimateEmitter(EmitterRecord& e, GeometryEstimate& sum) {
 GeometryEstimate BaseAtmo::EstimateGeometry(TimeValue t, int emitter) {
     diag::ScopedLock lock(lock_);
     GeometryEstimate sum;
-    try {
-        if (!GetStrandsAt(t)) return sum;
+    const auto estimate = [&] {
+        if (!GetStrandsAt(t)) return;
         for (int i = 0; i < EmitterCount(); ++i) {
             EmitterRecord* e = Emitter(i);
             if (e && (emitter < 0 || emitter == i) && ShowsInPass(*e, PASS_COLOR)) EstimateEmitter(*e, sum);
         }
-    } catch (...) {
-        diag::ReportException("in EstimateGeometry");
-        return {};
-    }
-    return sum;
+    };
+    return diag::Guarded("in EstimateGeometry", estimate) ? sum : GeometryEstimate{};
 }
 
 bool BaseAtmo::Source::Update(TimeValue t) {

@@ -9,6 +9,7 @@
 #include "Base/CreateHair/VertexStrands.h"
 #include "Base/CreateHair/WorkUnits.h"
 #include "Base/CreateHair/WorkerPool.h"
+#include "DebugTools/Tracer.h"
 #include "HRendBuf/HRendBuf.h"
 
 namespace {
@@ -67,6 +68,7 @@ void RenderJob::DrawUnits(WorkerCommand command, int count, const std::function<
             if (Aborted() || full.load(std::memory_order_relaxed)) return;
             const int unit = next.fetch_add(1, std::memory_order_relaxed);
             if (unit >= count) return;
+            TRACE_SCOPE("DrawStrands");
             buffer_.BeginUnit(thread, base + uint32_t(unit));
             draw(thread, unit);
             if (buffer_.BatchFull(thread, base + uint32_t(next.load(std::memory_order_relaxed)))) full = true;
@@ -75,7 +77,10 @@ void RenderJob::DrawUnits(WorkerCommand command, int count, const std::function<
     int64_t reported = 0;
     while (next < count && !Aborted()) {
         if (!WorkerPool::Get().Run(command, threads_, work)) stats_.failed = true;
-        const auto merge = [&](int thread) { buffer_.MergeTiles(thread); };
+        const auto merge = [&](int thread) {
+            TRACE_SCOPE("MergeSamples");
+            buffer_.MergeTiles(thread);
+        };
         if (!WorkerPool::Get().Run(CMD_MERGE_SAMPLES, threads_, merge)) stats_.failed = true;
         if (next > count) next = count;
         full = false;
@@ -101,6 +106,7 @@ void RenderJob::DrawVertexStrands() {
 }
 
 RenderStats RenderJob::Run() {
+    TRACE_SCOPE("RenderHair");
     MakeThreads();
     DrawStrandCounts(run_, contexts_[0]);
     if (run_.request.pass == PASS_COLOR && !run_.request.shading) {

@@ -1,6 +1,6 @@
 #include "Base/CreateHair/WorkerPool.h"
 
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
 #include "DebugTools/Platform.h"
 
 namespace {
@@ -35,12 +35,9 @@ bool IsHairWorkerThread() {
 }
 
 bool WorkerPool::Guarded(int index) noexcept {
-    try {
-        (*work_)(index);
+    if (diag::Guarded(
+            "in rendering thread", [&] { (*work_)(index); }, diag::GuardReports::kOnce))
         return true;
-    } catch (...) {
-        diag::ReportException("in rendering thread");
-    }
     failed_ = true;
     return false;
 }
@@ -62,8 +59,9 @@ bool WorkerPool::EnsureWorkers(int count) {
     for (int i = 0; i < count; ++i) {
         Worker& w = *workers_[size_t(i)];
         if (w.thread.Joinable() && !w.ended) continue;
-        w.ended = false;
+        w.ended = true; // until it runs: starting may fail, and also throw
         if (!w.thread.Start([this, &w, i] { Body(w, i + 1); })) return false;
+        w.ended = false;
     }
     return true;
 }

@@ -103,6 +103,16 @@ struct Picture {
     }
 };
 
+/// One segment through a pixel, from the camera to far behind the object: adds what all effects of the scene answer.
+inline void ShadePixel(host::Core& core, FakeContext& context, SampleContext& sample, Color& c, Color& t) {
+    const Point3 eye = context.camToWorld.GetTrans();
+    const float z = -2 * eye.z;
+    const Point3 far((float(sample.pixel.x) + 0.5f - context.xc) / context.xscale * z,
+                     (float(sample.pixel.y) + 0.5f - context.yc) / context.yscale * z, z);
+    for (int i = 0; i < core.NumAtmospheric(); ++i)
+        core.GetAtmospheric(i)->Shade(sample, eye, far * context.camToWorld, c, t);
+}
+
 /// Renders all atmospheric effects of the scene, one segment a pixel from the camera to far behind the object.
 inline Picture RenderScene(host::Core& core, FakeContext& context) {
     Picture picture;
@@ -113,16 +123,11 @@ inline Picture RenderScene(host::Core& core, FakeContext& context) {
     }
     SampleContext sample;
     sample.globContext = &context;
-    const Point3 eye = context.camToWorld.GetTrans();
     for (int y = 0; y < context.devHeight; ++y) {
         for (int x = 0; x < context.devWidth; ++x) {
             sample.pixel = {x, y};
-            const float z = -2 * eye.z;
-            const Point3 far((float(x) + 0.5f - context.xc) / context.xscale * z,
-                             (float(y) + 0.5f - context.yc) / context.yscale * z, z);
             Color c(0, 0, 0), t(1, 1, 1);
-            for (int i = 0; i < core.NumAtmospheric(); ++i)
-                core.GetAtmospheric(i)->Shade(sample, eye, far * context.camToWorld, c, t);
+            ShadePixel(core, context, sample, c, t);
             picture.color.push_back(c);
             picture.trans.push_back(t);
         }

@@ -188,3 +188,47 @@ TEST_F(RenderTest, TwoEmittersAreTheSumOfEach) {
     Render();
     EXPECT_EQ(HairRender::Existing()->Stats().strands, alone);
 }
+
+TEST_F(RenderTest, TheProgressWindowIsOpenDuringARender) {
+    host::MemoryDialogs dialogs;
+    core.SetDialogs(&dialogs);
+    MakeFur();
+    IParamBlock2* const block = HairRender::Instance().GetParamBlock(0);
+    block->SetValue(HRP_USE_PROGRESS, 0, 0);
+    Render();
+    EXPECT_EQ(dialogs.Count(), 0u);
+    block->SetValue(HRP_USE_PROGRESS, 0, 1);
+    core.GetAtmospheric(0)->RenderBegin(0);
+    for (int i = 0; i < 1000 && dialogs.Count() == 0; ++i) diag::SleepMs(5);
+    ASSERT_EQ(dialogs.Count(), 1u);
+    EXPECT_EQ(dialogs.At(0).TemplateId(), 1058);
+    EXPECT_EQ(dialogs.At(0).Title(), "Hair Render Progress");
+    EXPECT_TRUE(dialogs.At(0).IsOpen());
+    core.GetAtmospheric(0)->RenderEnd(0);
+    EXPECT_FALSE(dialogs.At(0).IsOpen());
+    core.SetDialogs(nullptr);
+}
+
+TEST_F(RenderTest, AHostThatWatchesIsToldInstead) {
+    class Watcher : public RendProgressCallback {
+    public:
+        void SetTitle(const char* text) override { title = text; }
+        int Progress(int done, int all) override {
+            last = done, total = all;
+            return 1;
+        }
+        std::string title;
+        int last = -1, total = -1;
+    } watcher;
+    host::MemoryDialogs dialogs;
+    core.SetDialogs(&dialogs);
+    core.SetRenderProgress(&watcher);
+    MakeFur();
+    Render();
+    EXPECT_EQ(watcher.title, "Camera View");
+    EXPECT_GT(watcher.total, 1000);
+    EXPECT_EQ(watcher.last, watcher.total);
+    EXPECT_EQ(dialogs.Count(), 0u);
+    core.SetRenderProgress(nullptr);
+    core.SetDialogs(nullptr);
+}

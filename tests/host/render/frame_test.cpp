@@ -245,13 +245,17 @@ TEST_F(FrameTest, AFailureInAnEffectEndsTheEffectsAndComesOut) {
 }
 
 TEST_F(FrameTest, ProgressCountsLinesOneCallAtATime) {
-    class Counter : public RenderProgress {
+    class Counter : public IProgressIndicator {
     public:
-        void Report(const char* title, int done, int total) override {
-            EXPECT_STREQ(title, "Rendering");
+        void SetTask(const std::string&, int) override {}
+        void SetTaskProgress(int) override {}
+        void SetObject(const std::string& name, int total) override {
+            EXPECT_EQ(name, "Rendering");
+            all = total;
+        }
+        void SetObjectProgress(int done) override {
             EXPECT_GT(done, last);
             last = done;
-            all = total;
         }
         int last = 0, all = 0;
     } progress;

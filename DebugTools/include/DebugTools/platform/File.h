@@ -10,7 +10,7 @@ namespace diag {
 bool FileExists(const std::string& path);
 /// Creates an empty file, or empties an existing one.
 bool FileCreate(const std::string& path);
-/// Copies a file, overwriting the target.
+/// Copies a file, overwriting the target. False for what is no plain file, such as a device.
 bool FileCopy(const std::string& from, const std::string& to);
 bool FileDelete(const std::string& path);
 /// Reads a whole file. False, with `data` empty, when it cannot be read.

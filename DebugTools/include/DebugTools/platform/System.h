@@ -1,6 +1,7 @@
 // Facts about the machine, the process and the time.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -49,6 +50,9 @@ std::string ModulePath(const void* address);
 
 /// Reads an environment variable. False, with `value` untouched, when it does not exist.
 bool GetEnvironment(const char* name, std::string& value);
+
+/// The operating system's text for an exception code, at most `size` - 1 characters; empty when it has none.
+void SystemExceptionText(uint32_t code, char* text, size_t size);
 
 /// Sends text to an attached debugger where the operating system offers that.
 void DebuggerOutput(const char* text);

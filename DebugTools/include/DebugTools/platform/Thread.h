@@ -1,6 +1,8 @@
 // Threads and what they wait on: critical sections, auto-reset events, a mutex shared between processes.
 #pragma once
 
+#include "DebugTools/platform/Fault.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -20,22 +22,33 @@ public:
     void Enter();
     bool TryEnter();
     void Leave();
+    void lock() { Enter(); }
+    void unlock() { Leave(); }
 
 private:
     // Room for the operating system's own object, which the header does not name.
     alignas(16) std::byte storage_[64];
 };
 
-/// Holds a critical section for the length of a scope.
+/// Holds a critical section, or anything else with `lock` and `unlock`, for the length of a scope; gives it back also
+/// when a fault ends the scope and a guard outside of it takes over.
+template <class Lockable = CriticalSection>
 class ScopedLock {
 public:
-    explicit ScopedLock(CriticalSection& section) : section_(section) { section_.Enter(); }
-    ~ScopedLock() { section_.Leave(); }
+    explicit ScopedLock(Lockable& lockable) : hold_(lockable), cleanup_(&Release, &lockable) {}
     ScopedLock(const ScopedLock&) = delete;
     ScopedLock& operator=(const ScopedLock&) = delete;
 
 private:
-    CriticalSection& section_;
+    static void Release(void* lockable) { static_cast<Lockable*>(lockable)->unlock(); }
+
+    struct Hold {
+        explicit Hold(Lockable& l) : lockable(l) { lockable.lock(); }
+        ~Hold() { lockable.unlock(); }
+        Lockable& lockable;
+    };
+    Hold hold_;
+    FaultCleanup cleanup_; // off the list before the lock is given back
 };
 
 /// An event that releases exactly one waiting thread per Set and then resets itself. Setting a set event changes

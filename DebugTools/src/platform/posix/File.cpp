@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,9 +63,11 @@ bool FileCopy(const std::string& from, const std::string& to) {
     const int source = open(from.c_str(), O_RDONLY | O_CLOEXEC);
     if (source < 0) return false;
     struct stat sourceFacts, targetFacts;
-    // Opening the target empties it, so a file must not be copied onto itself.
-    if (fstat(source, &sourceFacts) == 0 && stat(to.c_str(), &targetFacts) == 0 &&
-        sourceFacts.st_dev == targetFacts.st_dev && sourceFacts.st_ino == targetFacts.st_ino) {
+    // A device may have no end. Opening the target empties it, so a file must not be copied onto itself.
+    const bool isFile = fstat(source, &sourceFacts) == 0 && S_ISREG(sourceFacts.st_mode);
+    const bool isTarget = stat(to.c_str(), &targetFacts) == 0 && sourceFacts.st_dev == targetFacts.st_dev &&
+                          sourceFacts.st_ino == targetFacts.st_ino;
+    if (!isFile || isTarget) {
         close(source);
         return false;
     }
@@ -125,7 +128,10 @@ OutputFile* OutputFile::Open(const char* path, bool truncate) {
     const int file = open(path, O_WRONLY | O_CREAT | O_CLOEXEC | (truncate ? O_TRUNC : 0), 0666);
     if (file < 0) return nullptr;
     if (!truncate) lseek(file, 0, SEEK_END);
-    return new OutputFile(reinterpret_cast<void*>(static_cast<intptr_t>(file)));
+    // Also a log opens its file here, when memory may be what it has to tell about.
+    auto* output = new (std::nothrow) OutputFile(reinterpret_cast<void*>(static_cast<intptr_t>(file)));
+    if (!output) close(file);
+    return output;
 }
 
 OutputFile::~OutputFile() {

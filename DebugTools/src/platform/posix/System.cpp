@@ -123,6 +123,11 @@ bool GetEnvironment(const char* name, std::string& value) {
     return true;
 }
 
+// Codes without a name do not come from this system's processor signals.
+void SystemExceptionText(uint32_t, char* text, size_t size) {
+    if (size > 0) text[0] = '\0';
+}
+
 // There is no debugger stream here: a debugger shows what the process prints, and the log is not printed.
 void DebuggerOutput(const char*) {}
 

@@ -80,6 +80,13 @@ bool GetEnvironment(const char* name, std::string& value) {
     return true;
 }
 
+void SystemExceptionText(uint32_t code, char* text, size_t size) {
+    if (size == 0) return;
+    text[0] = '\0';
+    const DWORD flags = FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_HMODULE;
+    FormatMessageA(flags, GetModuleHandleA("NTDLL.DLL"), code, 0, text, static_cast<DWORD>(size), nullptr);
+}
+
 void DebuggerOutput(const char* text) {
     OutputDebugStringA(text);
 }
