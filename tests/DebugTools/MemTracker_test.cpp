@@ -5,6 +5,7 @@
 #include "TrackerFixture.h"
 #include "memMgr/TrackerState.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -221,6 +222,24 @@ TEST_F(TrackerTest, TheOtherFrontGuardIsGoodAnyOtherIsNot) {
     memFree(tracker, data);
     EXPECT_EQ(raw.frees, 1);
     ExpectOneAssert();
+}
+
+TEST_F(TrackerTest, SharedMemoryIsFilledAtItsBeginning) {
+    for (const size_t size : {10u, 256u, 257u, 5000u}) {
+        void* first = memAllocShared(tracker, size, 1, "a.cpp");
+        const auto* data = static_cast<unsigned char*>(first);
+        const size_t filled = std::min<size_t>(size, 256);
+        for (size_t i = 0; i < filled; ++i) ASSERT_EQ(data[i], 0xCD) << i;
+        EXPECT_EQ(data[size], 0xFD);
+        std::memset(first, 0x11, size);
+        raw.inspectSize = size + 57;
+        memFreeShared(tracker, first);
+        const std::string expected = std::string(56 + filled, '\xDD');
+        EXPECT_EQ(raw.inspected.substr(0, expected.size()), expected) << size;
+        // Beyond that nothing is touched, but for the guard of a block that is filled whole.
+        const std::string rest = size < 256 ? "\xDD" : std::string(size - filled, '\x11') + "\xFD";
+        EXPECT_EQ(raw.inspected.substr(expected.size()), rest) << size;
+    }
 }
 
 TEST_F(TrackerTest, FreedMemoryReads0xDDThroughout) {

@@ -74,7 +74,7 @@ void* memAlloc(MemTracker* tracker, size_t size);
 void memFree(MemTracker* tracker, void* block);
 
 /// Memory that belongs to no thread: tracked under thread record 0 with the location given, and freed by any thread
-/// with memFreeShared. Takes no pending location and no skip.
+/// with memFreeShared. Takes no pending location and no skip. Only the first 256 bytes are filled.
 void* memAllocShared(MemTracker* tracker, size_t size, int line, const char* file);
 void memFreeShared(MemTracker* tracker, void* block);
 

@@ -13,6 +13,10 @@ namespace {
 TraceSite allocSite{SourceName(__FILE__), __LINE__, "memAlloc", 0};
 TraceSite freeSite{SourceName(__FILE__), __LINE__, "memFree", 0};
 
+// User bytes of a block that are filled. Shared ones are large working arrays: all of them would be written twice more,
+// and chunks of block allocators take memory that nobody has reached yet.
+constexpr size_t kFillAll = SIZE_MAX, kFillShared = 256;
+
 struct Location {
     const char* file;
     int line;
@@ -125,9 +129,9 @@ void CountOut(MemTracker& t, uint32_t size) {
 }
 
 // Gives the block its header, guards and fill, and its record the block.
-void Enlist(MemTracker& t, ThreadRecord& record, BlockHeader* block, const Location& at, uint32_t size) {
+void Enlist(MemTracker& t, ThreadRecord& record, BlockHeader* block, const Location& at, uint32_t size, size_t fill) {
     *block = {kFrontGuard, 0, at.line, at.file, size, nullptr, nullptr, 0, kFrontGuard};
-    std::memset(UserData(block), kNewFill, size);
+    std::memset(UserData(block), kNewFill, std::min<size_t>(size, fill));
     UserData(block)[size] = kEndGuard;
     const ScopedLock guard(record.guard);
     block->id = record.nextId.load(std::memory_order_relaxed);
@@ -139,7 +143,7 @@ void Enlist(MemTracker& t, ThreadRecord& record, BlockHeader* block, const Locat
     record.tree.Insert(block);
 }
 
-void* AllocTracked(MemTracker& t, ThreadRecord& record, size_t request, Location at) {
+void* AllocTracked(MemTracker& t, ThreadRecord& record, size_t request, Location at, size_t fill) {
     Complete(at, t.Profiler());
     if (request > kSizeLimit) {
         NoteRefused(t, at, request);
@@ -157,7 +161,7 @@ void* AllocTracked(MemTracker& t, ThreadRecord& record, size_t request, Location
     }
     auto* block = static_cast<BlockHeader*>(memory);
     CountIn(t, record, at, size);
-    Enlist(t, record, block, at, size);
+    Enlist(t, record, block, at, size, fill);
     if (t.settings.verbose.load(std::memory_order_relaxed)) NoteSize(t, at, '+', size);
     return UserData(block);
 }
@@ -217,7 +221,7 @@ BlockHeader* FindBlock(ThreadRecord& record, const void* data) {
 }
 
 // Nothing is logged while a record's guard is held: reports take the log first and the guard then.
-void FreeTracked(MemTracker& t, ThreadRecord& record, BlockHeader* block) {
+void FreeTracked(MemTracker& t, ThreadRecord& record, BlockHeader* block, size_t fill) {
     if (!IsSound(block)) {
         InternalAssert(t, __LINE__);
         return;
@@ -231,7 +235,7 @@ void FreeTracked(MemTracker& t, ThreadRecord& record, BlockHeader* block) {
     CountOut(t, size);
     if (!Delist(t, record, block)) InternalAssert(t, __LINE__);
     if (t.settings.verbose.load(std::memory_order_relaxed)) NoteSize(t, at, '-', size);
-    std::memset(static_cast<void*>(block), kFreedFill, size + kOverhead);
+    std::memset(static_cast<void*>(block), kFreedFill, sizeof(BlockHeader) + std::min<size_t>(size + 1, fill));
     t.raw.load()->free(block);
 }
 
@@ -255,7 +259,7 @@ void* memAlloc(MemTracker* tracker, size_t size) {
     if (!record) return nullptr;
     const Location location = TakeLocation(*record);
     if (record->skip == 0 && location.Given()) {
-        void* block = AllocTracked(t, *record, size, location);
+        void* block = AllocTracked(t, *record, size, location, kFillAll);
         if (!block) ReleaseIfEmpty(t, *record);
         return block;
     }
@@ -270,7 +274,7 @@ void memFree(MemTracker* tracker, void* block) {
     const TraceScope scope(t.Profiler(), freeSite);
     ThreadRecord* record = KnownRecord(t);
     if (BlockHeader* tracked = record ? FindBlock(*record, block) : nullptr) {
-        FreeTracked(t, *record, tracked);
+        FreeTracked(t, *record, tracked, kFillAll);
         ReleaseIfEmpty(t, *record);
     } else if (AnotherThreadHolds(t, record, block)) {
         InternalAssert(t, __LINE__);
@@ -282,7 +286,7 @@ void memFree(MemTracker* tracker, void* block) {
 void* memAllocShared(MemTracker* tracker, size_t size, int line, const char* file) {
     MemTracker& t = TheTracker(tracker);
     const TraceScope scope(t.Profiler(), allocSite);
-    return AllocTracked(t, t.records[0], size, {file, line});
+    return AllocTracked(t, t.records[0], size, {file, line}, kFillShared);
 }
 
 void memFreeShared(MemTracker* tracker, void* block) {
@@ -290,7 +294,7 @@ void memFreeShared(MemTracker* tracker, void* block) {
     MemTracker& t = TheTracker(tracker);
     const TraceScope scope(t.Profiler(), freeSite);
     if (BlockHeader* tracked = FindBlock(t.records[0], block))
-        FreeTracked(t, t.records[0], tracked);
+        FreeTracked(t, t.records[0], tracked, kFillShared);
     else
         InternalAssert(t, __LINE__);
 }
