@@ -59,18 +59,14 @@ void Node::SetObjectRef(Object* o) {
     TellChanged(PART_ALL);
 }
 
-Modifier* Node::GetModifier(int i) {
-    return i >= 0 && i < NumModifiers() ? modifiers_[size_t(i)] : nullptr;
-}
-
 bool Node::AddModifier(Modifier* m, int i) {
     if (!m || i < 0 || i > NumModifiers()) return false;
-    modifiers_.insert(modifiers_.begin() + i, nullptr);
-    if (ReplaceReference(kFixedRefs + i, m) != REF_SUCCEED) {
-        modifiers_.erase(modifiers_.begin() + i);
+    const int place = stack_.PlaceFor(m->SuperClassID() == WSM_CLASS_ID, i);
+    stack_.Insert(place);
+    if (ReplaceReference(kFixedRefs + place, m) != REF_SUCCEED) {
+        stack_.Erase(place);
         return false;
     }
-    InvalidateWorldState();
     TellChanged(PART_ALL);
     return true;
 }
@@ -78,8 +74,7 @@ bool Node::AddModifier(Modifier* m, int i) {
 bool Node::DeleteModifier(int i) {
     if (i < 0 || i >= NumModifiers()) return false;
     ReplaceReference(kFixedRefs + i, nullptr);
-    modifiers_.erase(modifiers_.begin() + i);
-    InvalidateWorldState();
+    stack_.Erase(i);
     TellChanged(PART_ALL);
     return true;
 }
@@ -165,14 +160,13 @@ void Node::SetReference(int i, RefTargetHandle target) {
         target_ = static_cast<INode*>(target);
         break;
     default:
-        if (i >= kFixedRefs && i < NumRefs()) modifiers_[size_t(i - kFixedRefs)] = static_cast<Modifier*>(target);
+        if (i >= kFixedRefs && i < NumRefs()) stack_.Set(i - kFixedRefs, static_cast<Modifier*>(target));
     }
 }
 
 RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID& partID, RefMessage message) {
     if (message == REFMSG_TARGET_DELETED) {
-        std::erase(modifiers_, nullptr);
-        InvalidateWorldState();
+        stack_.EraseEmpty();
         TellTMChanged();
         TellChanged(PART_ALL);
         return REF_SUCCEED;
@@ -188,8 +182,10 @@ RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID
         partID = PART_MTL;
     else if (target == visibility_)
         partID = PART_DISPLAY;
+    else if (target == object_)
+        stack_.InvalidateBase(partID);
     else
-        InvalidateWorldState();
+        stack_.InvalidateFrom(target);
     return REF_SUCCEED;
 }
 
@@ -223,8 +219,10 @@ RefTargetHandle Node::Clone(RemapDir& remap) {
     };
     for (const int i : {int(kTMRef), int(kObjectRef), int(kVisibilityRef)})
         copy->ReplaceReference(i, cloneOrShare(GetReference(i)));
-    for (Modifier* const m : modifiers_)
-        copy->AddModifier(static_cast<Modifier*>(cloneOrShare(m)), copy->NumModifiers());
+    for (int i = 0; i < NumModifiers(); ++i) {
+        copy->AddModifier(static_cast<Modifier*>(cloneOrShare(GetModifier(i))), copy->NumModifiers());
+        copy->stack_.SetContext(i, *GetModContext(i));
+    }
     copy->ReplaceReference(kMtlRef, mtl_);
     copy->ReplaceReference(kTargetRef, target_);
     copy->offset_ = offset_;

@@ -1,11 +1,10 @@
 #pragma once
 // Scene nodes of the bundled host.
 
-#include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "core/modifier_stack.h"
 #include "core/user_props.h"
 #include "sdk/control.h"
 #include "sdk/inode.h"
@@ -32,9 +31,11 @@ public:
     Object* GetObjectRef() override { return object_; }
     void SetObjectRef(Object* o) override;
     const ObjectState& EvalWorldState(TimeValue t) override;
-    int NumModifiers() override { return int(modifiers_.size()); }
-    Modifier* GetModifier(int i) override;
-    /// Puts `m` on top of the stack, or at place `i` from the top. False when that would make a circle.
+    int NumModifiers() override { return stack_.Count(); }
+    Modifier* GetModifier(int i) override { return stack_.At(i); }
+    ModContext* GetModContext(int i) override { return stack_.ContextAt(i); }
+    /// Puts `m` on top of the stack, or at place `i` from the top; world-space modifiers stay above all others. False
+    /// when there is no such place or it would make a circle.
     bool AddModifier(Modifier* m, int i = 0);
     bool DeleteModifier(int i);
     /// Drops the cached result of the stack.
@@ -100,15 +101,10 @@ public:
     RefTargetHandle Clone(RemapDir& remap) override;
 
 private:
-    struct Deleter {
-        void operator()(Object* o) const { o->DeleteThis(); }
-    };
-    using Derived = std::vector<std::unique_ptr<Object, Deleter>>;
     enum { kTMRef, kObjectRef, kMtlRef, kVisibilityRef, kTargetRef, kFixedRefs };
     static bool PlaceDependsOn(INode* node, INode* on);
     void TellTMChanged();
     void TellChanged(PartID part, RefMessage message = REFMSG_CHANGE);
-    void EvalPipeline(TimeValue t);
     void OwnLikeThis(RefTargetHandle copy);
     Matrix3 LookAt(const Matrix3& tm, TimeValue t, Interval& valid);
 
@@ -120,7 +116,7 @@ private:
     Mtl* mtl_ = nullptr;
     Control* visibility_ = nullptr;
     INode* target_ = nullptr;
-    std::vector<Modifier*> modifiers_; ///< from the top of the stack
+    ModifierStack stack_;
     Matrix3 offset_;
     Color wireColor_{0.6f, 0.6f, 0.6f};
     float constantVisibility_ = 1;
@@ -130,10 +126,6 @@ private:
     bool castShadows_ = true, rcvShadows_ = true, atmosphere_ = true;
     int gbufID_ = 0;
     uint32_t renderID_ = 0xffff;
-
-    std::recursive_mutex evalMutex_; ///< several render threads may ask for the same time
-    ObjectState state_{nullptr, NEVER};
-    Derived derived_; ///< objects made for state_
 };
 
 /// The transform of something at `position` whose -Z axis looks at `target`, X level (along world X when it looks
