@@ -2,6 +2,7 @@
 
 #include "core/camera.h"
 #include "core/controllers.h"
+#include "core/edit_tri_object.h"
 #include "core/light.h"
 #include "sdk/object.h"
 
@@ -9,6 +10,8 @@ namespace host {
 
 const std::vector<ClassDesc*>& HostClasses() {
     static SimpleClassDesc<TriObject> triObject("Triangle Mesh", GEOMOBJECT_CLASS_ID, TRIOBJ_CLASS_ID);
+    static SimpleClassDesc<EditTriObject> editMesh("Editable Mesh", GEOMOBJECT_CLASS_ID, EDITTRIOBJ_CLASS_ID);
+    static SimpleClassDesc<ShapeObject> shape("Editable Spline", SHAPE_CLASS_ID, splineShapeClassID);
     static SimpleClassDesc<FloatControl> number("Linear Float", CTRL_FLOAT_CLASS_ID, LINEAR_FLOAT_CLASS_ID);
     static SimpleClassDesc<Point3Control> point3("Linear Point3", CTRL_POINT3_CLASS_ID, LINEAR_POINT3_CLASS_ID);
     static SimpleClassDesc<PositionControl> position("Linear Position", CTRL_POSITION_CLASS_ID,
@@ -19,6 +22,8 @@ const std::vector<ClassDesc*>& HostClasses() {
     static SimpleClassDesc<MatrixControl> matrix("Matrix", CTRL_MATRIX3_CLASS_ID, MATRIX_CLASS_ID);
     static SimpleClassDesc<PrsControl> prs("Position/Rotation/Scale", CTRL_MATRIX3_CLASS_ID, PRS_CLASS_ID);
     static const std::vector<ClassDesc*> classes{&triObject,
+                                                 &editMesh,
+                                                 &shape,
                                                  &number,
                                                  &point3,
                                                  &position,

@@ -96,21 +96,18 @@ const std::vector<Point3>& Mesh::VertexNormals() const {
 }
 
 bool Mesh::FirstFaceOfVertex(int v, int& face, int& corner) const {
-    if (v < 0 || v >= getNumVerts()) return false;
-    const Corners& n = GetCorners();
-    const int at = n.first[size_t(v)];
-    if (at == n.first[size_t(v) + 1]) return false;
-    face = n.corners[size_t(at)] / 3;
-    corner = n.corners[size_t(at)] % 3;
+    const std::span<const int> corners = CornersOfVertex(v);
+    if (corners.empty()) return false;
+    face = corners[0] / 3;
+    corner = corners[0] % 3;
     return true;
 }
 
-bool Mesh::IsCornerOfSelectedFace(int v) const {
-    if (v < 0 || v >= getNumVerts()) return false;
+std::span<const int> Mesh::CornersOfVertex(int v) const {
+    if (v < 0 || v >= getNumVerts()) return {};
     const Corners& n = GetCorners();
-    for (int i = n.first[size_t(v)]; i < n.first[size_t(v) + 1]; ++i)
-        if (faceSel[n.corners[size_t(i)] / 3]) return true;
-    return false;
+    const size_t first = size_t(n.first[size_t(v)]);
+    return std::span<const int>(n.corners).subspan(first, size_t(n.first[size_t(v) + 1]) - first);
 }
 
 Point3 Mesh::CornerNormal(int f, int corner) const {
@@ -120,11 +117,9 @@ Point3 Mesh::CornerNormal(int f, int corner) const {
     const Face& own = faces[size_t(f)];
     const Point3 flat = FaceNormal(f);
     if (own.smGroup == 0) return flat;
-    const Corners& n = GetCorners();
-    const size_t v = size_t(own.v[corner]);
     Point3 sum;
-    for (int i = n.first[v]; i < n.first[v + 1]; ++i) {
-        const int other = n.corners[size_t(i)] / 3;
+    for (const int at : CornersOfVertex(own.v[corner])) {
+        const int other = at / 3;
         if (faces[size_t(other)].smGroup & own.smGroup) sum += FaceNormal(other);
     }
     const Point3 smooth = Normalize(sum);

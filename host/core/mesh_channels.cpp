@@ -43,10 +43,10 @@ void Mesh::CopyChannels(const Mesh& from, uint64_t mask) {
 
 float Mesh::VertexSelection(int v) const {
     if (selLevel == MESH_OBJECT) return 1.0f;
-    if (selLevel == MESH_VERTEX) {
-        if (vertSel[v]) return 1.0f;
-        const std::vector<float>* const soft = vertexFloat(VDATA_SELECT);
-        return soft ? std::clamp((*soft)[size_t(v)], 0.0f, 1.0f) : 0.0f;
-    }
-    return IsCornerOfSelectedFace(v) ? 1.0f : 0.0f;
+    if (selLevel == MESH_VERTEX && vertSel[v]) return 1.0f;
+    if (selLevel == MESH_FACE)
+        for (const int at : CornersOfVertex(v))
+            if (faceSel[at / 3]) return 1.0f;
+    const std::vector<float>* const soft = vertexFloat(VDATA_SELECT);
+    return soft ? std::clamp((*soft)[size_t(v)], 0.0f, 1.0f) : 0.0f;
 }

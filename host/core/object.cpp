@@ -2,7 +2,10 @@
 
 #include "sdk/object.h"
 
-Object* Object::PipelineCopy(TimeValue) {
+Object* Object::PipelineCopy(TimeValue t) {
+    // A class may have a form of its own for being deformed.
+    Object* const form = CanConvertToType(defObjectClassID) ? ConvertToType(t, defObjectClassID) : nullptr;
+    if (form && form != this) return form;
     RemapDir remap;
     return static_cast<Object*>(Clone(remap));
 }

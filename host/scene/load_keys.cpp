@@ -1,6 +1,7 @@
 // [[keys]].
 
 #include "core/controllers.h"
+#include "core/euler.h"
 #include "scene/load_context.h"
 
 namespace host {

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -86,9 +87,9 @@ class Mesh {
 public:
     std::vector<Point3> verts;
     std::vector<Face> faces;
-    MeshNormals specNormals; ///< explicit normals, or none
+    MeshNormals specNormals;    ///< explicit normals, or none
     int selLevel = MESH_OBJECT; ///< what later modifiers work on: everything, selected vertices or selected faces
-    BitArray faceSel;        ///< current face selection
+    BitArray faceSel;           ///< current face selection
     BitArray vertSel;
     std::map<int, MeshMap> maps;                            ///< by channel, -2..99
     std::map<int, std::vector<float>> vdata;                ///< by vertex data channel, one value a vertex
@@ -113,8 +114,10 @@ public:
     void checkNormals() const { VertexNormals(); }
     /// The lowest face that uses vertex `v` and the corner that does so; false when none does.
     bool FirstFaceOfVertex(int v, int& face, int& corner) const;
-    /// Rendering normal at corner `corner` of face `f`: the explicit one; else averaged over the faces around the vertex that share a
-    /// smoothing group with `f`; the face normal when `f` has none.
+    /// The face corners (3 x face + corner) at vertex `v`, in face order. Built on first use.
+    std::span<const int> CornersOfVertex(int v) const;
+    /// Rendering normal at corner `corner` of face `f`: the explicit one; else averaged over the faces around the
+    /// vertex that share a smoothing group with `f`; the face normal when `f` has none.
     Point3 CornerNormal(int f, int corner) const;
     Box3 getBoundingBox() const;
     /// Nearest hit of the ray (direction need not be unit): distance along it in units of its direction's length, face,
@@ -122,7 +125,7 @@ public:
     /// use.
     bool IntersectRay(const Ray& ray, float& at, Point3& norm, int& face, Point3& bary) const;
     /// How much vertex `v` belongs to the selection of the current level, 0..1: 1 when selected, else its soft
-    /// selection weight (vertex level), or whether it is a corner of a selected face; 1 at object level.
+    /// selection weight; at face level the corners of selected faces are; 1 at object level.
     float VertexSelection(int v) const;
     /// Takes the channels of `mask` (sdk/channels.h) over from another mesh.
     void CopyChannels(const Mesh& from, uint64_t mask);
@@ -135,7 +138,6 @@ private:
     struct Corners;
     const Corners& GetCorners() const;
     bool HasVertices(int f) const;
-    bool IsCornerOfSelectedFace(int v) const;
     bool SpecNormal(int f, int corner, Point3& normal) const;
     mutable MeshCacheSlot corners_, normals_, tree_;
 };

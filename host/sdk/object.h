@@ -47,7 +47,8 @@ public:
     virtual Interval ChannelValidity(TimeValue t, int channel) { return ObjectValidity(t); }
     virtual void SetChannelValidity(int channel, const Interval& valid) {}
     virtual void InvalidateChannels(ChannelMask mask) {}
-    /// A copy at `t` for modifiers to work on; null when the class cannot be copied.
+    /// A copy at `t` for modifiers to work on: what the object converts to as defObjectClassID when that is another
+    /// object, else a clone. Null when the class cannot be copied.
     virtual Object* PipelineCopy(TimeValue t);
     /// Takes the channels of `mask` over from an object of which this is a pipeline copy. False when that cannot be
     /// done; a new copy is made then.
