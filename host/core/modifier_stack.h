@@ -26,8 +26,8 @@ public:
     ModContext* ContextAt(int i) const;
     /// The place, from the top, at which a modifier can go in: world-space modifiers stay above the others.
     int PlaceFor(bool worldSpace, int wanted) const;
-    void Insert(int i);                  ///< an empty entry
-    void Set(int i, Modifier* m);        ///< null empties the entry
+    void Insert(int i);           ///< an empty entry
+    void Set(int i, Modifier* m); ///< null empties the entry
     void SetContext(int i, const ModContext& from);
     void Erase(int i);
     void EraseEmpty();

@@ -78,12 +78,16 @@ void SetFaceSets(const SectionReader& reader, Node* node) {
     auto* const tri = dynamic_cast<TriObject*>(node->GetObjectRef());
     if (!tri || tri->ClassID() != EDITTRIOBJ_CLASS_ID)
         reader.FailAtKey("face_sets", "'face_sets' belong to an imported mesh, expected a mesh_select modifier here");
-    for (const auto& [name, table] : sets->entries) {
-        const BitArray set = SelectFaces(tri->mesh, ReadSelection(reader.File(), table));
-        auto& known = tri->mesh.faceSets;
-        std::erase_if(known, [&, n = name](const auto& entry) { return entry.first == n; });
-        known.emplace_back(name, set);
-    }
+    auto& known = tri->mesh.faceSets;
+    // Sets made of other sets come last.
+    for (const bool ofSets : {false, true})
+        for (const auto& [name, table] : sets->entries) {
+            const SelectionRule rule = ReadSelection(reader.File(), table);
+            if (rule.sets.empty() == ofSets) continue;
+            const BitArray set = SelectFaces(tri->mesh, rule);
+            std::erase_if(known, [&, n = name](const auto& entry) { return entry.first == n; });
+            known.emplace_back(name, set);
+        }
 }
 
 void LoadNode(LoadContext& context, const SectionReader& reader) {

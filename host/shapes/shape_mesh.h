@@ -9,8 +9,8 @@ namespace host {
 /// Straight pieces that stand for one curved piece.
 inline constexpr int kShapeSteps = 6;
 
-/// The corners of a spline: its knots, and `steps` - 1 points between two knots of a curved piece. A closed spline's
-/// first corner is not repeated.
+/// The corners of a spline: its knots, and `steps` - 1 points between two knots where the piece is curved. A closed
+/// spline's first corner is not repeated.
 std::vector<Point3> SplineCorners(const Spline3D& spline, int steps = kShapeSteps);
 
 /// The areas inside the splines of a shape, each spline filled on its own (holes are not cut). False when there is no

@@ -31,8 +31,7 @@ struct Piece {
         constexpr double kWeight[5] = {0.2369268850561891, 0.4786286704993665, 0.5688888888888889, 0.4786286704993665,
                                        0.2369268850561891};
         double sum = 0;
-        for (int i = 0; i < 5; ++i)
-            sum += kWeight[i] * double(Length(Derivative((a + b) / 2 + (b - a) / 2 * kAt[i])));
+        for (int i = 0; i < 5; ++i) sum += kWeight[i] * double(Length(Derivative((a + b) / 2 + (b - a) / 2 * kAt[i])));
         return sum * (b - a) / 2;
     }
 };
@@ -149,17 +148,23 @@ SplineLengths::SplineLengths(const Spline3D& spline) : spline_(spline) {
 SplinePlace SplineLengths::At(float length) const {
     if (sums_.empty()) return {};
     const double wanted = std::clamp(double(length), 0.0, sums_.back());
-    const size_t part = std::min(size_t(std::lower_bound(sums_.begin(), sums_.end(), wanted) - sums_.begin()),
-                                 sums_.size() - 1);
+    const size_t part =
+        std::min(size_t(std::lower_bound(sums_.begin(), sums_.end(), wanted) - sums_.begin()), sums_.size() - 1);
     const Piece piece = PieceOf(spline_, int(part / kParts));
     const double start = double(part % kParts) / kParts, before = part == 0 ? 0 : sums_[part - 1];
-    double low = start, high = start + 1.0 / kParts;
-    // Halving is safe where the speed is zero; 30 steps are below a float's last digit.
+    double low = start, high = start + 1.0 / kParts, t = (low + high) / 2;
     for (int i = 0; i < 30; ++i) {
-        const double middle = (low + high) / 2;
-        (before + piece.LengthBetween(start, middle) < wanted ? low : high) = middle;
+        const double over = before + piece.LengthBetween(start, t) - wanted,
+                     speed = double(Length(piece.Derivative(t)));
+        (over < 0 ? low : high) = t;
+        const double newton = t - over / speed;
+        // Halving where the speed is (nearly) zero or the step leads outside.
+        const double next = newton > low && newton < high ? newton : (low + high) / 2;
+        const bool done = std::abs(next - t) < 1e-9;
+        t = next;
+        if (done) break;
     }
-    return {int(part / kParts), float((low + high) / 2)};
+    return {int(part / kParts), float(t)};
 }
 
 int BezierShape::KnotCount() const {
