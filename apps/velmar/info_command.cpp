@@ -11,6 +11,11 @@ namespace velmar {
 
 namespace {
 
+// "1 face", "2 faces".
+std::string Counted(int n, const char* one, const char* many) {
+    return std::to_string(n) + " " + (n == 1 ? one : many);
+}
+
 std::string FacesText(const Mesh& mesh) {
     std::string out =
         std::to_string(mesh.getNumVerts()) + " vertices, " + std::to_string(mesh.getNumFaces()) + " faces";
@@ -33,14 +38,14 @@ const host::LoadedMesh* ImportOf(const Session& session, INode* node) {
 
 // "frame 3 to 7", "forever" ...
 std::string ValidText(Session& session, const Interval& valid) {
-    if (valid == FOREVER) return "does not change";
+    if (valid == FOREVER) return "is always the same";
     const auto frame = [&](TimeValue t) {
         return host::NumberText(double(t) / double(session.core.GetTicksPerFrame()));
     };
     if (valid.Start() == valid.End()) return "changes with every frame";
-    if (valid.Start() == TIME_NegInfinity) return "the same up to frame " + frame(valid.End());
-    if (valid.End() == TIME_PosInfinity) return "the same from frame " + frame(valid.Start());
-    return "the same from frame " + frame(valid.Start()) + " to " + frame(valid.End());
+    if (valid.Start() == TIME_NegInfinity) return "is the same up to frame " + frame(valid.End());
+    if (valid.End() == TIME_PosInfinity) return "is the same from frame " + frame(valid.Start());
+    return "is the same from frame " + frame(valid.Start()) + " to " + frame(valid.End());
 }
 
 // The stack from the top, each modifier with its class and switches.
@@ -58,18 +63,21 @@ void PrintStack(Session& session, INode* node) {
 }
 
 void PrintShape(INode* node, ShapeObject& object) {
-    std::printf("node '%s': shape, %d splines, %d knots\n", node->GetName(), object.shape.SplineCount(),
-                object.shape.KnotCount());
+    std::printf("node '%s': shape, %s, %s\n", node->GetName(),
+                Counted(object.shape.SplineCount(), "spline", "splines").c_str(),
+                Counted(object.shape.KnotCount(), "knot", "knots").c_str());
     for (const Spline3D& s : object.shape.splines)
-        std::printf("  spline: %d knots, %s, length %s\n", s.KnotCount(), s.closed ? "closed" : "open",
-                    host::NumberText(double(s.SplineLength())).c_str());
+        std::printf("  spline: %s, %s, length %s\n", Counted(s.KnotCount(), "knot", "knots").c_str(),
+                    s.closed ? "closed" : "open", host::NumberText(double(s.SplineLength())).c_str());
 }
 
 void PrintSelection(const Mesh& mesh) {
     for (const auto& [name, faces] : mesh.faceSets)
-        std::printf("  face set '%s': %d faces\n", name.c_str(), faces.NumberSet());
-    if (mesh.selLevel == MESH_FACE) std::printf("  selected: %d faces\n", mesh.faceSel.NumberSet());
-    if (mesh.selLevel == MESH_VERTEX) std::printf("  selected: %d vertices\n", mesh.vertSel.NumberSet());
+        std::printf("  face set '%s': %s\n", name.c_str(), Counted(faces.NumberSet(), "face", "faces").c_str());
+    if (mesh.selLevel == MESH_FACE)
+        std::printf("  selected: %s\n", Counted(mesh.faceSel.NumberSet(), "face", "faces").c_str());
+    if (mesh.selLevel == MESH_VERTEX)
+        std::printf("  selected: %s\n", Counted(mesh.vertSel.NumberSet(), "vertex", "vertices").c_str());
 }
 
 void PrintNode(Session& session, INode* node) {

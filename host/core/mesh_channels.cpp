@@ -23,6 +23,7 @@ void Mesh::CopyChannels(const Mesh& from, uint64_t mask) {
         corners_ = from.corners_;
     }
     if (mask & GEOM_CHANNEL) {
+        if (verts.size() != from.verts.size()) corners_ = from.corners_;
         verts = from.verts;
         specNormals = from.specNormals;
     }
