@@ -83,17 +83,25 @@ public:
     virtual Mesh* GetRenderMesh(TimeValue t, INode* node, bool& needDelete) { return nullptr; }
 };
 
+/// Geometry that keeps a validity for each of its channels.
+class ChannelObject : public GeomObject {
+public:
+    Interval ObjectValidity(TimeValue) override { return valid_.All(); }
+    Interval ChannelValidity(TimeValue, int channel) override { return valid_[channel]; }
+    void SetChannelValidity(int channel, const Interval& valid) override { valid_[channel] = valid; }
+    void InvalidateChannels(ChannelMask mask) override { valid_.Invalidate(mask); }
+
+protected:
+    ChannelIntervals valid_;
+};
+
 /// A triangle mesh in the pipeline.
-class TriObject : public GeomObject {
+class TriObject : public ChannelObject {
 public:
     Mesh mesh;
     Class_ID ClassID() override { return TRIOBJ_CLASS_ID; }
     const char* GetObjectName() override { return "Mesh"; }
     RefTargetHandle Clone(RemapDir&) override { return PipelineCopy(0); }
-    Interval ObjectValidity(TimeValue) override { return valid_.All(); }
-    Interval ChannelValidity(TimeValue, int channel) override { return valid_[channel]; }
-    void SetChannelValidity(int channel, const Interval& valid) override { valid_[channel] = valid; }
-    void InvalidateChannels(ChannelMask mask) override { valid_.Invalidate(mask); }
     Object* PipelineCopy(TimeValue) override;
     bool CopyChannels(Object* from, ChannelMask mask) override;
     bool CanConvertToType(Class_ID id) override;
@@ -109,13 +117,10 @@ public:
     float PointSelection(int i) override { return mesh.VertexSelection(i); }
     /// Explicit normals no longer fit and go.
     void PointsWereChanged() override;
-
-private:
-    ChannelIntervals valid_;
 };
 
 /// A shape of Bezier splines.
-class ShapeObject : public GeomObject {
+class ShapeObject : public ChannelObject {
 public:
     BezierShape shape;
     SClass_ID SuperClassID() override { return SHAPE_CLASS_ID; }
@@ -123,10 +128,6 @@ public:
     const char* GetObjectName() override { return "Shape"; }
     bool IsRenderable() override { return false; }
     RefTargetHandle Clone(RemapDir&) override { return PipelineCopy(0); }
-    Interval ObjectValidity(TimeValue) override { return valid_.All(); }
-    Interval ChannelValidity(TimeValue, int channel) override { return valid_[channel]; }
-    void SetChannelValidity(int channel, const Interval& valid) override { valid_[channel] = valid; }
-    void InvalidateChannels(ChannelMask mask) override { valid_.Invalidate(mask); }
     Object* PipelineCopy(TimeValue) override;
     bool CopyChannels(Object* from, ChannelMask mask) override;
     /// Itself as splineShapeClassID and genericShapeClassID; a new TriObject of the areas inside its splines when all
@@ -138,9 +139,6 @@ public:
     int NumPoints() override { return 3 * shape.KnotCount(); }
     Point3 GetPoint(int i) override { return shape.ControlPoint(i); }
     void SetPoint(int i, const Point3& p) override { shape.ControlPoint(i) = p; }
-
-private:
-    ChannelIntervals valid_;
 };
 
 /// The name under which parts of the host and plug-ins make shapes of their own.
