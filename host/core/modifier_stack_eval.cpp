@@ -120,7 +120,7 @@ void ModifierStack::RunSegment(size_t k, const Flow& in, Run& run) {
         }
         Apply(s, e, f, run);
     }
-    if (f.own)
+    if (f.own && f.obj && f.obj != baseObject_)
         for (int c = 0; c < NUM_OBJ_CHANS; ++c) f.obj->SetChannelValidity(c, f.valid[c]);
     s.out = f;
     s.clean = true;
