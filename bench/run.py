@@ -61,6 +61,10 @@ def main():
     for name, rate in rates("raster_bench").items():
         print(f"{name[3:]:<19} {rate / 1e6:6.1f} M/s")
 
+    heading("Skinned vertices (bones a vertex, threads)")
+    for name, rate in rates("skin_bench").items():
+        print(f"{name.removesuffix('/real_time'):<27} {rate / 1e6:6.1f} M/s")
+
     heading("Where the time goes")
     print(output(BENCH / "stages_bench", MESH, 300000), end="")
 
