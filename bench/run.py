@@ -82,6 +82,9 @@ def main():
 
     heading("Pairs of allocate and free, 24 bytes, in batches")
     memory()
+    heading("Skinned vertices (bones a vertex, threads)")
+    for name, rate in rates("skin_bench").items():
+        print(f"{name.removesuffix('/real_time'):<27} {rate / 1e6:6.1f} M/s")
 
     heading("Where the time goes")
     print(output(BENCH / "stages_bench", MESH, 300000), end="")

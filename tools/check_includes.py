@@ -9,7 +9,7 @@ ROOT = Path(__file__).resolve().parent.parent
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 # Header roots of our own code, by what an include line starts with.
-SDK, DIAG, HOST = "sdk/", "DebugTools/", ("core/", "import/", "image/", "render/", "materials/", "scene/", "cli/")
+SDK, DIAG, HOST = "sdk/", "DebugTools/", ("core/", "modifiers/", "shapes/", "import/", "image/", "render/", "materials/", "scene/", "cli/")
 STRANDS = "IHairInfo.h"
 
 # Plug-in modules of the objects floor and above; the engine must not include them.

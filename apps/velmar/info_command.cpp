@@ -12,6 +12,11 @@ namespace velmar {
 
 namespace {
 
+// "1 face", "2 faces".
+std::string Counted(int n, const char* one, const char* many) {
+    return std::to_string(n) + " " + (n == 1 ? one : many);
+}
+
 std::string FacesText(const Mesh& mesh) {
     std::string out =
         std::to_string(mesh.getNumVerts()) + " vertices, " + std::to_string(mesh.getNumFaces()) + " faces";
@@ -32,7 +37,56 @@ const host::LoadedMesh* ImportOf(const Session& session, INode* node) {
     return nullptr;
 }
 
-void PrintNode(const Session& session, INode* node) {
+// "frame 3 to 7", "forever" ...
+std::string ValidText(Session& session, const Interval& valid) {
+    if (valid == FOREVER) return "is always the same";
+    const auto frame = [&](TimeValue t) {
+        return host::NumberText(double(t) / double(session.core.GetTicksPerFrame()));
+    };
+    if (valid.Start() == valid.End()) return "changes with every frame";
+    if (valid.Start() == TIME_NegInfinity) return "is the same up to frame " + frame(valid.End());
+    if (valid.End() == TIME_PosInfinity) return "is the same from frame " + frame(valid.Start());
+    return "is the same from frame " + frame(valid.Start()) + " to " + frame(valid.End());
+}
+
+// The stack from the top, each modifier with its class and switches.
+void PrintStack(Session& session, INode* node) {
+    for (int i = 0; i < node->NumModifiers(); ++i) {
+        Modifier* const m = node->GetModifier(i);
+        std::printf("  modifier '%s': %s%s", m->GetName().c_str(), m->GetObjectName(), m->IsEnabled() ? "" : ", off");
+        if (m->IsEnabled() && !m->IsEnabledInRender()) std::printf(", off in pictures");
+        if (m->IsEnabled() && !m->IsEnabledInViews()) std::printf(", off outside pictures");
+        std::printf("\n");
+    }
+    if (node->NumModifiers() > 0)
+        std::printf("  base: %s; the outcome %s\n", KindOf(node).c_str(),
+                    ValidText(session, node->EvalWorldState(0).valid).c_str());
+}
+
+void PrintShape(INode* node, ShapeObject& object) {
+    std::printf("node '%s': shape, %s, %s\n", node->GetName(),
+                Counted(object.shape.SplineCount(), "spline", "splines").c_str(),
+                Counted(object.shape.KnotCount(), "knot", "knots").c_str());
+    for (const Spline3D& s : object.shape.splines)
+        std::printf("  spline: %s, %s, length %s\n", Counted(s.KnotCount(), "knot", "knots").c_str(),
+                    s.closed ? "closed" : "open", host::NumberText(double(s.SplineLength())).c_str());
+}
+
+void PrintSelection(const Mesh& mesh) {
+    for (const auto& [name, faces] : mesh.faceSets)
+        std::printf("  face set '%s': %s\n", name.c_str(), Counted(faces.NumberSet(), "face", "faces").c_str());
+    if (mesh.selLevel == MESH_FACE)
+        std::printf("  selected: %s\n", Counted(mesh.faceSel.NumberSet(), "face", "faces").c_str());
+    if (mesh.selLevel == MESH_VERTEX)
+        std::printf("  selected: %s\n", Counted(mesh.vertSel.NumberSet(), "vertex", "vertices").c_str());
+}
+
+void PrintNode(Session& session, INode* node) {
+    Object* const object = node->EvalWorldState(0).obj;
+    if (auto* const shape = dynamic_cast<ShapeObject*>(object)) {
+        PrintShape(node, *shape);
+        return PrintStack(session, node);
+    }
     Interval valid = FOREVER;
     bool needDelete = false;
     TriObject* const tri = GetTriObjectFromNode(node, 0, valid, needDelete);
@@ -48,8 +102,8 @@ void PrintNode(const Session& session, INode* node) {
                     host::NumberText(double(import->options.scale)).c_str(),
                     import->options.up == host::UpAxis::kY ? "y" : "z");
     std::printf("\n");
-    for (const auto& [name, faces] : tri->mesh.faceSets)
-        std::printf("  face set '%s': %d faces\n", name.c_str(), faces.NumberSet());
+    PrintSelection(tri->mesh);
+    PrintStack(session, node);
     if (needDelete) tri->DeleteThis();
 }
 

@@ -3,11 +3,14 @@
 #include <algorithm>
 
 #include "core/host_classes.h"
+#include "modifiers/modifier_classes.h"
+#include "shapes/primitive_object.h"
 
 namespace host {
 
 ClassDirectory::ClassDirectory() {
-    for (ClassDesc* const desc : HostClasses()) Register(desc);
+    for (const auto* const classes : {&HostClasses(), &PrimitiveClasses(), &ModifierClasses()})
+        for (ClassDesc* const desc : *classes) Register(desc);
 }
 
 bool ClassDirectory::Register(ClassDesc* desc) {

@@ -4,6 +4,7 @@
 
 #include "core/camera.h"
 #include "core/controllers.h"
+#include "core/edit_tri_object.h"
 #include "core/light.h"
 #include "sdk/object.h"
 
@@ -35,9 +36,11 @@ void AddKeyClasses(std::vector<ClassDesc*>& classes) {
 
 std::vector<ClassDesc*> MakeList() {
     static SimpleClassDesc<TriObject> triObject("Triangle Mesh", GEOMOBJECT_CLASS_ID, TRIOBJ_CLASS_ID);
+    static SimpleClassDesc<EditTriObject> editMesh("Editable Mesh", GEOMOBJECT_CLASS_ID, EDITTRIOBJ_CLASS_ID);
+    static SimpleClassDesc<ShapeObject> shape("Editable Spline", SHAPE_CLASS_ID, splineShapeClassID);
     static SimpleClassDesc<MatrixControl> matrix("Matrix", CTRL_MATRIX3_CLASS_ID, MATRIX_CLASS_ID);
     static SimpleClassDesc<PrsControl> prs("Position/Rotation/Scale", CTRL_MATRIX3_CLASS_ID, PRS_CLASS_ID);
-    std::vector<ClassDesc*> classes{&triObject};
+    std::vector<ClassDesc*> classes{&triObject, &editMesh, &shape};
     AddKeyClasses<FloatControl>(classes);
     AddKeyClasses<Point3Control>(classes);
     AddKeyClasses<Point4Control>(classes);

@@ -23,9 +23,8 @@ void MeshCacheSlot::Clear() {
     kept_.reset();
 }
 
-/// Normals of vertices, and the face corners around every vertex in face order.
-struct Mesh::Normals {
-    std::vector<Point3> vertex;
+/// The face corners around every vertex in face order.
+struct Mesh::Corners {
     std::vector<int> first;   ///< by vertex: its part of `corners` starts here; one entry more at the end
     std::vector<int> corners; ///< 3 x face + corner
 };
@@ -37,10 +36,9 @@ bool Mesh::HasVertices(int f) const {
     return true;
 }
 
-const Mesh::Normals& Mesh::GetNormals() const {
-    return normals_.Get<Normals>([this] {
-        Normals n;
-        n.vertex.resize(verts.size());
+const Mesh::Corners& Mesh::GetCorners() const {
+    return corners_.Get<Corners>([this] {
+        Corners n;
         n.first.resize(verts.size() + 1);
         for (int f = 0; f < getNumFaces(); ++f)
             if (HasVertices(f))
@@ -50,14 +48,8 @@ const Mesh::Normals& Mesh::GetNormals() const {
         std::vector<int> fill(n.first.begin(), n.first.end() - 1);
         for (int f = 0; f < getNumFaces(); ++f) {
             if (!HasVertices(f)) continue;
-            const Point3 normal = FaceNormal(f);
-            for (int c = 0; c < 3; ++c) {
-                const size_t v = size_t(faces[size_t(f)].v[c]);
-                n.vertex[v] += normal;
-                n.corners[size_t(fill[v]++)] = 3 * f + c;
-            }
+            for (int c = 0; c < 3; ++c) n.corners[size_t(fill[size_t(faces[size_t(f)].v[c])]++)] = 3 * f + c;
         }
-        for (Point3& v : n.vertex) v = Normalize(v);
         return n;
     });
 }
@@ -91,33 +83,55 @@ Point3 Mesh::FaceNormal(int f) const {
 }
 
 const std::vector<Point3>& Mesh::VertexNormals() const {
-    return GetNormals().vertex;
+    return normals_.Get<std::vector<Point3>>([this] {
+        std::vector<Point3> normals(verts.size());
+        for (int f = 0; f < getNumFaces(); ++f) {
+            if (!HasVertices(f)) continue;
+            const Point3 normal = FaceNormal(f);
+            for (const int v : faces[size_t(f)].v) normals[size_t(v)] += normal;
+        }
+        for (Point3& n : normals) n = Normalize(n);
+        return normals;
+    });
 }
 
 bool Mesh::FirstFaceOfVertex(int v, int& face, int& corner) const {
-    if (v < 0 || v >= getNumVerts()) return false;
-    const Normals& n = GetNormals();
-    const int at = n.first[size_t(v)];
-    if (at == n.first[size_t(v) + 1]) return false;
-    face = n.corners[size_t(at)] / 3;
-    corner = n.corners[size_t(at)] % 3;
+    const std::span<const int> corners = CornersOfVertex(v);
+    if (corners.empty()) return false;
+    face = corners[0] / 3;
+    corner = corners[0] % 3;
     return true;
+}
+
+std::span<const int> Mesh::CornersOfVertex(int v) const {
+    if (v < 0 || v >= getNumVerts()) return {};
+    const Corners& n = GetCorners();
+    const size_t first = size_t(n.first[size_t(v)]);
+    return std::span<const int>(n.corners).subspan(first, size_t(n.first[size_t(v) + 1]) - first);
 }
 
 Point3 Mesh::CornerNormal(int f, int corner) const {
     if (!HasVertices(f) || corner < 0 || corner > 2) return {0, 0, 0};
+    Point3 given;
+    if (SpecNormal(f, corner, given)) return given;
     const Face& own = faces[size_t(f)];
     const Point3 flat = FaceNormal(f);
     if (own.smGroup == 0) return flat;
-    const Normals& n = GetNormals();
-    const size_t v = size_t(own.v[corner]);
     Point3 sum;
-    for (int i = n.first[v]; i < n.first[v + 1]; ++i) {
-        const int other = n.corners[size_t(i)] / 3;
+    for (const int at : CornersOfVertex(own.v[corner])) {
+        const int other = at / 3;
         if (faces[size_t(other)].smGroup & own.smGroup) sum += FaceNormal(other);
     }
     const Point3 smooth = Normalize(sum);
     return smooth == Point3() ? flat : smooth; // opposite faces cancel
+}
+
+bool Mesh::SpecNormal(int f, int corner, Point3& normal) const {
+    if (size_t(f) >= specNormals.faces.size()) return false;
+    const int at = specNormals.faces[size_t(f)].t[corner];
+    if (at < 0 || size_t(at) >= specNormals.normals.size()) return false;
+    normal = Normalize(specNormals.normals[size_t(at)]);
+    return !(normal == Point3());
 }
 
 Box3 Mesh::getBoundingBox() const {
@@ -127,6 +141,11 @@ Box3 Mesh::getBoundingBox() const {
 }
 
 void Mesh::InvalidateGeomCache() {
+    corners_.Clear();
+    VerticesMoved();
+}
+
+void Mesh::VerticesMoved() {
     normals_.Clear();
     tree_.Clear();
 }

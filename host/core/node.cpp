@@ -43,31 +43,6 @@ void Node::SetObjectRef(Object* o) {
     TellChanged(PART_ALL);
 }
 
-Modifier* Node::GetModifier(int i) {
-    return i >= 0 && i < NumModifiers() ? modifiers_[size_t(i)] : nullptr;
-}
-
-bool Node::AddModifier(Modifier* m, int i) {
-    if (!m || i < 0 || i > NumModifiers()) return false;
-    HoldGroup group;
-    InsertModifierSlot(i);
-    if (ReplaceReference(kFixedRefs + i, m) != REF_SUCCEED) {
-        if (!group.TakeBack()) EraseModifierSlot(i);
-        return false;
-    }
-    InvalidateWorldState();
-    TellChanged(PART_ALL);
-    return true;
-}
-
-bool Node::DeleteModifier(int i) {
-    if (i < 0 || i >= NumModifiers()) return false;
-    EraseModifierSlot(i);
-    InvalidateWorldState();
-    TellChanged(PART_ALL);
-    return true;
-}
-
 void Node::SetMtl(Mtl* m) {
     if (ReplaceReference(kMtlRef, m) == REF_SUCCEED) TellChanged(PART_MTL, REFMSG_NODE_MATERIAL_CHANGED);
 }
@@ -123,7 +98,7 @@ void Node::SetReference(int i, RefTargetHandle target) {
         target_ = static_cast<INode*>(target);
         break;
     default:
-        if (i >= kFixedRefs && i < NumRefs()) modifiers_[size_t(i - kFixedRefs)] = static_cast<Modifier*>(target);
+        if (i >= kFixedRefs && i < NumRefs()) stack_.Set(i - kFixedRefs, static_cast<Modifier*>(target));
     }
 }
 
@@ -131,7 +106,7 @@ RefResult Node::NotifyRefChanged(const Interval& changeInt, RefTargetHandle targ
                                  RefMessage message) {
     if (message == REFMSG_TARGET_DELETED) {
         for (int i = NumModifiers() - 1; i >= 0; --i)
-            if (!modifiers_[size_t(i)]) EraseModifierSlot(i);
+            if (!GetModifier(i)) EraseModifierSlot(i);
         InvalidateWorldState();
         TellTMChanged();
         TellChanged(PART_ALL);
@@ -148,8 +123,10 @@ RefResult Node::NotifyRefChanged(const Interval& changeInt, RefTargetHandle targ
         partID = PART_MTL;
     else if (target == visibility_)
         partID = PART_DISPLAY;
+    else if (target == object_)
+        stack_.InvalidateBase(partID);
     else
-        InvalidateWorldState();
+        stack_.InvalidateFrom(target);
     // Whatever moved inside the object, the node did not. (A light that lists a child of its own target's would
     // otherwise go on telling of movements for ever.)
     if (partID & PART_TM) partID = PART_ALL & ~PART_TM;
@@ -186,8 +163,10 @@ RefTargetHandle Node::Clone(RemapDir& remap) {
     };
     for (const int i : {int(kTMRef), int(kObjectRef), int(kVisibilityRef)})
         copy->ReplaceReference(i, cloneOrShare(GetReference(i)));
-    for (Modifier* const m : modifiers_)
-        copy->AddModifier(static_cast<Modifier*>(cloneOrShare(m)), copy->NumModifiers());
+    for (int i = 0; i < NumModifiers(); ++i) {
+        copy->AddModifier(static_cast<Modifier*>(cloneOrShare(GetModifier(i))), copy->NumModifiers());
+        copy->SetModContext(i, *GetModContext(i));
+    }
     copy->ReplaceReference(kMtlRef, mtl_);
     copy->ReplaceReference(kTargetRef, target_);
     remap.Backpatch(copy, kTargetRef, target_);

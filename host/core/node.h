@@ -2,10 +2,10 @@
 // Scene nodes of the bundled host.
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "core/modifier_stack.h"
 #include "core/user_props.h"
 #include "sdk/control.h"
 #include "sdk/inode.h"
@@ -35,11 +35,18 @@ public:
     Object* GetObjectRef() override { return object_; }
     void SetObjectRef(Object* o) override;
     const ObjectState& EvalWorldState(TimeValue t) override;
-    int NumModifiers() override { return int(modifiers_.size()); }
-    Modifier* GetModifier(int i) override;
-    /// Puts `m` on top of the stack, or at place `i` from the top. False when that would make a circle.
+    int NumModifiers() override { return stack_.Count(); }
+    Modifier* GetModifier(int i) override { return stack_.At(i); }
+    ModContext* GetModContext(int i) override { return stack_.ContextAt(i); }
+    /// Puts `m` on top of the stack, or at place `i` from the top; world-space modifiers stay above all others. False
+    /// when there is no such place or it would make a circle.
     bool AddModifier(Modifier* m, int i = 0);
     bool DeleteModifier(int i);
+    /// Takes the modifier at place `from` to place `to` with all that it keeps for this node; the border between
+    /// world-space and other modifiers is kept. False when there is no such place.
+    bool MoveModifier(int from, int to);
+    /// Gives an entry of the stack another space, box and data. False when there is no such entry.
+    bool SetModContext(int i, const ModContext& context);
     /// Drops the cached result of the stack.
     void InvalidateWorldState();
 
@@ -106,16 +113,14 @@ public:
     RefTargetHandle Clone(RemapDir& remap) override;
 
 private:
-    struct Deleter {
-        void operator()(Object* o) const { o->DeleteThis(); }
-    };
-    using Derived = std::vector<std::unique_ptr<Object, Deleter>>;
     enum { kTMRef, kObjectRef, kMtlRef, kVisibilityRef, kTargetRef, kFixedRefs };
     class PlaceRestore;
+    class ContextRestore;
     void PutBelow(Node* parent, size_t index);
-    void HoldModifier(int i, bool present);
+    void HoldModifier(int i, bool present, std::unique_ptr<ModContext> context = nullptr);
     void InsertModifierSlot(int i);
     void EraseModifierSlot(int i);
+    void MoveModifierSlot(int from, int to);
     static void DisplayRestored(ReferenceMaker* node);
     static void NameRestored(ReferenceMaker* node);
     static void PlaceRestored(ReferenceMaker* node);
@@ -124,7 +129,6 @@ private:
     static bool PlaceDependsOn(INode* node, INode* on);
     void TellTMChanged(const Interval& when = FOREVER);
     void TellChanged(PartID part, RefMessage message = REFMSG_CHANGE, const Interval& when = FOREVER);
-    void EvalPipeline(TimeValue t);
     void OwnLikeThis(RefTargetHandle copy);
     Matrix3 LookAt(const Matrix3& tm, TimeValue t, Interval& valid);
 
@@ -136,7 +140,7 @@ private:
     Mtl* mtl_ = nullptr;
     Control* visibility_ = nullptr;
     INode* target_ = nullptr;
-    std::vector<Modifier*> modifiers_; ///< from the top of the stack
+    ModifierStack stack_;
     Matrix3 offset_;
     Color wireColor_{0.6f, 0.6f, 0.6f};
     float constantVisibility_ = 1;
@@ -146,10 +150,6 @@ private:
     bool castShadows_ = true, rcvShadows_ = true, atmosphere_ = true;
     int gbufID_ = 0;
     uint32_t renderID_ = 0xffff;
-
-    std::recursive_mutex evalMutex_; ///< several render threads may ask for the same time
-    ObjectState state_{nullptr, NEVER};
-    Derived derived_; ///< objects made for state_
 };
 
 /// The transform of something at `position` whose -Z axis looks at `target`, X level (along world X when it looks

@@ -1,4 +1,4 @@
-// Nodes: transforms and the evaluation of the modifier stack.
+// Nodes: transforms, and what the modifier stack makes of the object.
 
 #include <algorithm>
 
@@ -74,51 +74,19 @@ bool Node::PlaceDependsOn(INode* node, INode* on) {
 
 // A moved node moves everything below it.
 void Node::TellTMChanged(const Interval& when) {
-    TellChanged(PART_TM, REFMSG_CHANGE, when);
+    TellChanged(stack_.NodeMoved() ? PART_TM | PART_GEOM : PART_TM, REFMSG_CHANGE, when);
     const std::vector<Node*> children = children_;
     for (Node* const child : children)
         if (std::find(children_.begin(), children_.end(), child) != children_.end()) child->TellTMChanged(when);
 }
 
 void Node::InvalidateWorldState() {
-    const std::lock_guard<std::recursive_mutex> lock(evalMutex_);
-    state_.valid = NEVER;
+    stack_.Invalidate();
 }
 
 const ObjectState& Node::EvalWorldState(TimeValue t) {
-    const std::lock_guard<std::recursive_mutex> lock(evalMutex_);
-    if (!state_.valid.InInterval(t)) {
-        const HoldSuspend unrecorded; // results are no edits
-        EvalPipeline(t);
-    }
-    return state_;
-}
-
-void Node::EvalPipeline(TimeValue t) {
-    // The former result lives until the new one stands: a modifier may still look at it.
-    Derived former;
-    former.swap(derived_);
-    ObjectState os{nullptr, FOREVER};
-    if (object_) os = object_->Eval(t);
-    const Object* const base = os.obj;
-    for (size_t i = modifiers_.size(); i-- > 0 && os.obj;) {
-        Modifier* const modifier = modifiers_[i];
-        if (!modifier || !modifier->enabled) continue;
-        if (os.obj == base) {
-            RemapDir remap;
-            if (auto* const copy = static_cast<Object*>(os.obj->Clone(remap))) {
-                derived_.emplace_back(copy);
-                os.obj = copy;
-            }
-        }
-        Object* const before = os.obj;
-        os.valid &= modifier->LocalValidity(t);
-        modifier->ModifyObject(t, &os, this);
-        if (os.obj && os.obj != before && os.obj != base) derived_.emplace_back(os.obj);
-    }
-    // Whatever the parts say, the result holds at the time it was made for.
-    if (!os.valid.InInterval(t)) os.valid = Interval(t, t);
-    state_ = os;
+    const HoldSuspend unrecorded; // results are no edits
+    return stack_.Eval(*this, object_, t);
 }
 
 } // namespace host

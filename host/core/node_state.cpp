@@ -178,28 +178,6 @@ void Node::SetRenderFlags(bool renderable, bool primary, bool castShadows, bool 
     DisplayRestored(this);
 }
 
-void Node::HoldModifier(int i, bool present) {
-    if (!theHold.Holding()) return;
-    theHold.Put(new SlotRestore(this, present, [this, i](bool in) {
-        if (in)
-            InsertModifierSlot(std::min(i, NumModifiers()));
-        else if (i < NumModifiers())
-            EraseModifierSlot(i);
-    }));
-}
-
-void Node::InsertModifierSlot(int i) {
-    modifiers_.insert(modifiers_.begin() + i, nullptr);
-    HoldModifier(i, true);
-}
-
-// Takes out a slot, emptying it first.
-void Node::EraseModifierSlot(int i) {
-    ReplaceReference(kFixedRefs + i, nullptr);
-    modifiers_.erase(modifiers_.begin() + i);
-    HoldModifier(i, false);
-}
-
 void Node::ReferenceRestored(int which) {
     switch (which) {
     case kTMRef:

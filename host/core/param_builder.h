@@ -31,6 +31,12 @@ inline ParamDef BoolParam(ParamID id, const char* name, bool value) {
     def.def.i = value;
     return def;
 }
+/// Animatable triple of numbers.
+inline ParamDef PointParam(ParamID id, const char* name, const Point3& value) {
+    ParamDef def = NamedParam(id, name, TYPE_POINT3, P_ANIMATABLE);
+    def.def.p = value;
+    return def;
+}
 /// Animatable colour.
 inline ParamDef ColorParam(ParamID id, const char* name, const Color& value) {
     ParamDef def = NamedParam(id, name, TYPE_RGBA, P_ANIMATABLE);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/block_class.h"
 #include "core/error.h"
-#include "materials/block_class.h"
 
 namespace host {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "materials/block_class.h"
+#include "core/block_class.h"
 #include "sdk/mesh.h"
 
 namespace host {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "materials/block_class.h"
+#include "core/block_class.h"
 
 namespace host {
 

@@ -5,6 +5,7 @@
 #include <set>
 #include <thread>
 
+#include "core/render_evaluation.h"
 #include "materials/bitmap_map.h"
 #include "render/band_renderer.h"
 #include "render/process_usage.h"
@@ -124,6 +125,7 @@ FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, IPro
     stats.threads = ThreadCount(settings.threads);
     TellRenderParams(core, settings, stats.threads);
     INode* const camera = FindCamera(core, settings.camera);
+    const RenderEvaluation evaluation;
     const ViewportCamera viewport(core, camera);
     UpdateLooks(core, settings.time);
 

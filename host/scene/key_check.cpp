@@ -66,6 +66,8 @@ bool HasType(const SceneKey& key, const TomlValue& value) {
         return IsListOf(value, [](const TomlValue& row) { return IsListOf(row, IsFiniteNumber); });
     case KeyType::kKnots:
         return IsListOf(value, IsKnot);
+    case KeyType::kFiles:
+        return IsText(value) || IsListOf(value, IsText);
     case KeyType::kImports:
         return IsListOf(value, [](const TomlValue& v) { return IsText(v) || IsTable(v); });
     case KeyType::kParameters:

@@ -1,5 +1,7 @@
 #include "scene/key_table.h"
 
+#include "scene/modifier_keys.h"
+
 namespace host {
 
 namespace {
@@ -17,6 +19,7 @@ constexpr SceneKey kFile[] = {
     {"material", kTables, "", "", "materials", 0, 0, "material"},
     {"map", kTables, "", "", "maps", 0, 0, "map"},
     {"node", kTables, "", "", "settings of imported nodes, and nodes with simple shapes", 0, 0, "node"},
+    {"shape", kTables, "", "", "spline shapes", 0, 0, "shape"},
     {"keys", kTables, "", "", "values over time", 0, 0, "keys"},
     {"fur", kTables, "", "", "fur objects", 0, 0, "hair"},
     {"hair", kTables, "", "", "hair objects", 0, 0, "hair"},
@@ -120,7 +123,10 @@ constexpr SceneKey kMap[] = {
 
 constexpr SceneKey kNode[] = {
     {"name", kText, "", "", "name of the node; that of an imported node changes it"},
-    {"primitive", kChoice, "", "", "makes a new node with this shape, centred at its origin", 0, 0, "plane|sphere|box"},
+    {"primitive", kChoice, "", "",
+     "makes a new node with this shape, centred at its origin; [[keys]] and command lines call its parameters "
+     "NAME.object",
+     0, 0, "plane|sphere|box|empty"},
     {"size", kPoint, "[1, 1, 1]", "", "lengths of a plane or box along X, Y and Z"},
     {"radius", kNumber, "1.0", "", "radius of a sphere", 1e-12, kMost},
     {"segments", kInteger, "16", "", "divisions of a plane's or box's sides, or around a sphere", 1, 4096},
@@ -142,6 +148,8 @@ constexpr SceneKey kNode[] = {
     {"atmosphere", kFlag, "true", "", "whether atmospheric effects show in front of it"},
     {"gbuffer_id", kInteger, "0", "", "G-buffer id", 0, 65535},
     {"properties", kTexts, "", "", "user properties by name"},
+    {"face_sets", kNamed, "", "", "named face sets of its mesh, by name", 0, 0, "selection"},
+    {"modifiers", kTables, "", "", "its modifiers, from the lowest up", 0, 0, "modifier"},
 };
 
 constexpr SceneKey kKeys[] = {
@@ -150,8 +158,8 @@ constexpr SceneKey kKeys[] = {
     {"rotation", kRows, "[]", "degrees", "[frame, x, y, z] for every key, as a node's rotation"},
     {"scale", kRows, "[]", "", "[frame, x, y, z] for every key"},
     {"object", kText, "", "",
-     "name of the object with the parameter: fur or hair, camera, light, material, map, or \"render\" for the hair "
-     "renderer"},
+     "name of the object with the parameter: fur or hair, camera, light, material, map, NODE.object, NODE.MODIFIER, or "
+     "\"render\" for the hair renderer"},
     {"parameter", kText, "", "", "the parameter's internal or script name"},
     {"values", kRows, "[]", "", "[frame, value] or [frame, red, green, blue] for every key"},
     {"interpolation", kChoice, "\"linear\"", "",
@@ -231,6 +239,29 @@ constexpr SceneSection kSections[] = {
     {"material", "[[material]]", "A material. Values left out keep the material's own defaults.", kMaterial},
     {"map", "[[map]]", "A map.", kMap},
     {"node", "[[node]]", "Settings of an imported node, or a new node with a simple shape.", kNode},
+    {"selection", "an entry of `face_sets` or `sets`, and `select`",
+     "Faces, or vertices: all that one of the keys names.", keys::kSelection},
+    {"modifier.mesh_select", "[[node.modifiers]] of type \"mesh_select\"",
+     "Selects faces or vertices of the mesh. `modifiers = [{ type = ... }]` in [[node]] is the same as "
+     "[[node.modifiers]].",
+     keys::kMeshSelect},
+    {"modifier.smooth", "[[node.modifiers]] of type \"smooth\"", "Gives the faces smoothing groups.", keys::kSmooth},
+    {"modifier.normal_flip", "[[node.modifiers]] of type \"normal_flip\"",
+     "Turns faces round: all, or the selected ones at face level.", keys::kNormalFlip},
+    {"modifier.xform", "[[node.modifiers]] of type \"xform\"", "Moves, turns and scales the points or the selection.",
+     keys::kXForm},
+    {"modifier.bend", "[[node.modifiers]] of type \"bend\"", "Bends what stands along Z; the plane z = 0 stays.",
+     keys::kBend},
+    {"modifier.noise", "[[node.modifiers]] of type \"noise\"", "Moves points at random.", keys::kNoise},
+    {"modifier.skin", "[[node.modifiers]] of type \"skin\"", "The mesh follows bones.", keys::kSkin},
+    {"modifier.morph", "[[node.modifiers]] of type \"morph\"", "Adds shapes by weights.", keys::kMorph},
+    {"morph_target", "[[node.modifiers.targets]]", "One shape of a morph modifier.", keys::kMorphTarget},
+    {"modifier.mesh_cache", "[[node.modifiers]] of type \"mesh_cache\"",
+     "Takes the vertices from a series of files (.obj, .ply, .3ds), read with the scale and up axis of the node's own "
+     "file. Before the first and after the last frame the mesh stands still.",
+     keys::kMeshCache},
+    {"shape", "[[shape]]", "A node with splines.", keys::kShape},
+    {"spline", "[[shape.splines]]", "A spline of a shape.", keys::kSpline},
     {"keys", "[[keys]]", "Values over time: the transform of a node, or a parameter of an object.", kKeys},
     {"hair", "[[fur]], [[hair]]", "A fur object (short strands that lean and bend) or a hair object (long strands).",
      kHair},

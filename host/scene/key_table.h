@@ -20,6 +20,7 @@ enum class KeyType {
     kIntegers,   ///< a list of whole numbers
     kRows,       ///< a list of lists of numbers
     kKnots,      ///< a list of [x, y, "type"]
+    kFiles,      ///< a text or a list of texts
     kImports,    ///< a list of file names or tables of the section in `choices`
     kParameters, ///< a table of parameters by their own names
     kTexts,      ///< a table of texts and numbers

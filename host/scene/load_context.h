@@ -37,6 +37,9 @@ public:
 
     /// The path of a file that the scene names; throws Error with the line when there is none.
     std::string FindFile(const std::string& name, int line) const;
+    /// Where such a file may stand: beside the scene, in the search folders, in those of VELMAR_PATH.
+    std::vector<std::string> PlacesOf(const std::string& name) const;
+    [[noreturn]] void FailNoFile(const std::string& name, int line) const;
 
     // Things by name; these throw Error without a place.
     INode* NodeNamed(const std::string& name) override;
@@ -64,15 +67,20 @@ void LoadSettings(LoadContext& context);     ///< [scene], [render]
 void LoadMaps(LoadContext& context);         ///< [[map]]
 void LoadMaterials(LoadContext& context);    ///< [[material]]
 void LoadMeshes(LoadContext& context);       ///< scene.import
+void LoadShapes(LoadContext& context);       ///< [[shape]]
 void LoadNodes(LoadContext& context);        ///< [[node]]
 void LoadCameras(LoadContext& context);      ///< [[camera]]
 void LoadLights(LoadContext& context);       ///< [[light]]
+void LoadModifiers(LoadContext& context);    ///< node.modifiers
 void LoadHairObjects(LoadContext& context);  ///< [[fur]], [[hair]]
 void LoadHairRenderer(LoadContext& context); ///< [render.hair]
 void LoadKeys(LoadContext& context);         ///< [[keys]]
 
-/// Rotation about X, then Y, then Z, in degrees, counter-clockwise as seen against the axis.
-Matrix3 EulerMatrix(const Point3& degrees);
+/// Position, rotation and scale of a table, where it has any of them.
+void SetTransform(LoadContext& context, const SectionReader& reader, INode* node);
+/// The parent that a table names.
+class Node;
+void SetParent(LoadContext& context, const SectionReader& reader, Node* node);
 /// The keyed controllers of a node's transform; made when it has others.
 class PrsControl;
 PrsControl* TransformOf(LoadContext& context, INode* node);

@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "core/controllers.h"
+#include "core/euler.h"
 #include "scene/load_context.h"
 
 namespace host {

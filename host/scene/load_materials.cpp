@@ -1,25 +1,12 @@
 // [[map]] and [[material]].
 
 #include "materials/bitmap_map.h"
+#include "scene/block_setter.h"
 #include "scene/load_context.h"
 
 namespace host {
 
 namespace {
-
-// Sets a parameter of the host's own classes by its internal name.
-class BlockSetter {
-public:
-    explicit BlockSetter(Animatable* object) : block_(object->GetParamBlock(0)) {}
-    template <class T>
-    void operator()(const char* name, const T& value) const {
-        for (const ParamDef& def : block_->GetDesc()->params)
-            if (def.intName == name) block_->SetValue(def.id, 0, value);
-    }
-
-private:
-    IParamBlock2* block_;
-};
 
 template <class T>
 T* NewObject(LoadContext& context, const SectionReader& reader, SClass_ID sid, Class_ID id) {

@@ -1,19 +1,20 @@
 // Imported meshes and [[node]].
 
-#include <cmath>
-#include <numbers>
-
 #include "core/controllers.h"
+#include "core/edit_tri_object.h"
+#include "core/euler.h"
+#include "scene/block_setter.h"
 #include "scene/key_check.h"
 #include "scene/load_context.h"
-#include "scene/primitives.h"
+#include "scene/load_modifiers.h"
+#include "shapes/primitive_object.h"
 
 namespace host {
 
 namespace {
 
 Node* NewMeshNode(LoadContext& context, const std::string& name, Mesh mesh) {
-    auto* const object = new TriObject;
+    auto* const object = new EditTriObject;
     object->mesh = std::move(mesh);
     return context.core.CreateNode(name, object);
 }
@@ -39,29 +40,21 @@ void ImportFile(LoadContext& context, const SectionReader& reader) {
     }
 }
 
-Mesh MakePrimitive(const SectionReader& reader) {
+// A new node with a simple shape, or with nothing.
+Node* MakePrimitive(LoadContext& context, const SectionReader& reader, const std::string& name) {
+    constexpr Class_ID kClasses[] = {PLANE_CLASS_ID, SPHERE_CLASS_ID, BOX_CLASS_ID};
+    const int kind = reader.Choice("primitive");
+    if (kind == 3) return context.core.CreateNode(name);
+    ReferenceTarget* const object = context.core.CreateInstance(GEOMOBJECT_CLASS_ID, kClasses[kind]);
+    const BlockSetter set(object);
     const Point3 size = reader.Point("size");
-    const int segments = reader.Integer("segments");
-    switch (reader.Choice("primitive")) {
-    case 0:
-        return MakePlane(size.x, size.y, segments);
-    case 1:
-        return MakeSphere(reader.Number("radius"), segments);
-    default:
-        return MakeBox(size, segments);
-    }
-}
-
-void SetTransform(LoadContext& context, const SectionReader& reader, INode* node) {
-    if (!reader.Has("position") && !reader.Has("rotation") && !reader.Has("scale")) return;
-    PrsControl* const tm = TransformOf(context, node);
-    const Point3 position = reader.Point("position"), scale = reader.Point("scale");
-    const Quat rotation = QuatFromMatrix(EulerMatrix(reader.Point("rotation")));
-    if (scale.x == 0 || scale.y == 0 || scale.z == 0)
-        reader.FailAtKey("scale", "'scale' has a factor 0, expected other numbers");
-    tm->Position()->SetValue(0, &position);
-    tm->Rotation()->SetValue(0, &rotation);
-    tm->Scale()->SetValue(0, &scale);
+    set("width", size.x);
+    set("length", size.y);
+    set("size", size);
+    set("radius", reader.Number("radius"));
+    set("segments", reader.Integer("segments"));
+    context.AddObject(reader, name + ".object", object);
+    return context.core.CreateNode(name, static_cast<Object*>(object));
 }
 
 void SetFlags(const SectionReader& reader, Node* node) {
@@ -79,13 +72,22 @@ void SetFlags(const SectionReader& reader, Node* node) {
         node->SetUserPropString(key.c_str(), (value.IsNumber() ? NumberText(value.number) : value.text).c_str());
 }
 
-void SetParent(LoadContext& context, const SectionReader& reader, Node* node) {
-    const std::string name = reader.Text("parent");
-    if (name.empty()) return;
-    const int line = reader.LineOf("parent");
-    auto* const parent = static_cast<Node*>(context.At(line, [&] { return context.NodeNamed(name); }));
-    if (!parent->AttachChild(node))
-        reader.FailAtKey("parent", "node " + Quoted(name) + " moves with this one, expected another parent");
+void SetFaceSets(const SectionReader& reader, Node* node) {
+    const TomlValue* const sets = reader.Raw("face_sets");
+    if (!sets) return;
+    auto* const tri = dynamic_cast<TriObject*>(node->GetObjectRef());
+    if (!tri || tri->ClassID() != EDITTRIOBJ_CLASS_ID)
+        reader.FailAtKey("face_sets", "'face_sets' belong to an imported mesh, expected a mesh_select modifier here");
+    auto& known = tri->mesh.faceSets;
+    // Sets made of other sets come last.
+    for (const bool ofSets : {false, true})
+        for (const auto& [name, table] : sets->entries) {
+            const SelectionRule rule = ReadSelection(reader.File(), table);
+            if (rule.sets.empty() == ofSets) continue;
+            const BitArray set = SelectFaces(tri->mesh, rule);
+            std::erase_if(known, [&, n = name](const auto& entry) { return entry.first == n; });
+            known.emplace_back(name, set);
+        }
 }
 
 void LoadNode(LoadContext& context, const SectionReader& reader) {
@@ -94,7 +96,7 @@ void LoadNode(LoadContext& context, const SectionReader& reader) {
     if (reader.Has("primitive")) {
         if (context.core.GetINodeByName(name.c_str()))
             reader.FailAtKey("name", "second node " + Quoted(name) + ", expected a name of its own");
-        node = NewMeshNode(context, name, MakePrimitive(reader));
+        node = MakePrimitive(context, reader, name);
     } else {
         node = static_cast<Node*>(context.At(reader.LineOf("name"), [&] { return context.NodeNamed(name); }));
     }
@@ -104,9 +106,31 @@ void LoadNode(LoadContext& context, const SectionReader& reader) {
     if (!material.empty())
         node->SetMtl(context.At(reader.LineOf("material"), [&] { return context.MaterialNamed(material); }));
     SetParent(context, reader, node);
+    SetFaceSets(reader, node);
 }
 
 } // namespace
+
+void SetTransform(LoadContext& context, const SectionReader& reader, INode* node) {
+    if (!reader.Has("position") && !reader.Has("rotation") && !reader.Has("scale")) return;
+    PrsControl* const tm = TransformOf(context, node);
+    const Point3 position = reader.Point("position"), scale = reader.Point("scale");
+    const Quat rotation = QuatFromMatrix(EulerMatrix(reader.Point("rotation")));
+    if (scale.x == 0 || scale.y == 0 || scale.z == 0)
+        reader.FailAtKey("scale", "'scale' has a factor 0, expected other numbers");
+    tm->Position()->SetValue(0, &position);
+    tm->Rotation()->SetValue(0, &rotation);
+    tm->Scale()->SetValue(0, &scale);
+}
+
+void SetParent(LoadContext& context, const SectionReader& reader, Node* node) {
+    const std::string name = reader.Text("parent");
+    if (name.empty()) return;
+    const int line = reader.LineOf("parent");
+    auto* const parent = static_cast<Node*>(context.At(line, [&] { return context.NodeNamed(name); }));
+    if (!parent->AttachChild(node))
+        reader.FailAtKey("parent", "node " + Quoted(name) + " moves with this one, expected another parent");
+}
 
 void LoadMeshes(LoadContext& context) {
     const TomlValue* const table = context.root.Find("scene");
@@ -126,20 +150,6 @@ void LoadMeshes(LoadContext& context) {
 
 void LoadNodes(LoadContext& context) {
     context.ForEach("node", "node", [&](const SectionReader& reader) { LoadNode(context, reader); });
-}
-
-Matrix3 EulerMatrix(const Point3& degrees) {
-    Matrix3 tm;
-    for (int axis = 0; axis < 3; ++axis) {
-        const double angle = double(degrees[axis]) * std::numbers::pi / 180.0;
-        const float c = float(std::cos(angle)), s = float(std::sin(angle));
-        const int a = (axis + 1) % 3, b = (axis + 2) % 3;
-        Point3 rows[3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-        rows[a][a] = c, rows[a][b] = s;
-        rows[b][a] = -s, rows[b][b] = c;
-        tm = tm * Matrix3(rows[0], rows[1], rows[2], {0, 0, 0});
-    }
-    return tm;
 }
 
 PrsControl* TransformOf(LoadContext& context, INode* node) {

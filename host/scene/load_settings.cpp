@@ -44,26 +44,34 @@ void LoadSettings(LoadContext& context) {
     settings.samples = render.Integer("samples");
 }
 
-std::string LoadContext::FindFile(const std::string& name, int line) const {
+std::vector<std::string> LoadContext::PlacesOf(const std::string& name) const {
     namespace fs = std::filesystem;
-    std::error_code ignored;
     const fs::path path(name), folder = fs::path(scene.file).parent_path();
-    std::vector<fs::path> places{path.is_absolute() ? path : folder / path};
-    if (!path.is_absolute()) {
-        for (const std::string& s : search) places.push_back(folder / s / path);
-        const char* const more = std::getenv("VELMAR_PATH");
-        std::string_view rest(more ? more : "");
-        while (!rest.empty()) {
-            const size_t end = std::min(rest.find(':'), rest.size());
-            if (end > 0) places.push_back(fs::path(rest.substr(0, end)) / path);
-            rest.remove_prefix(std::min(end + 1, rest.size()));
-        }
+    if (path.is_absolute()) return {name};
+    std::vector<std::string> places{(folder / path).string()};
+    for (const std::string& s : search) places.push_back((folder / s / path).string());
+    const char* const more = std::getenv("VELMAR_PATH");
+    std::string_view rest(more ? more : "");
+    while (!rest.empty()) {
+        const size_t end = std::min(rest.find(':'), rest.size());
+        if (end > 0) places.push_back((fs::path(rest.substr(0, end)) / path).string());
+        rest.remove_prefix(std::min(end + 1, rest.size()));
     }
-    for (const fs::path& place : places)
-        if (fs::exists(place, ignored)) return place.string();
+    return places;
+}
+
+void LoadContext::FailNoFile(const std::string& name, int line) const {
+    const std::vector<std::string> places = PlacesOf(name);
     FailAt(scene.file, line,
-           "no such file " + Quoted(name) + ", expected it at " + places[0].string() +
+           "no such file " + Quoted(name) + ", expected it at " + places[0] +
                (places.size() > 1 ? " or in a folder of 'search' or VELMAR_PATH" : ""));
+}
+
+std::string LoadContext::FindFile(const std::string& name, int line) const {
+    std::error_code ignored;
+    for (const std::string& place : PlacesOf(name))
+        if (std::filesystem::exists(place, ignored)) return place;
+    FailNoFile(name, line);
 }
 
 } // namespace host

@@ -75,9 +75,11 @@ LoadedScene LoadScene(Core& core, const std::string& file) {
     LoadMaps(context);
     LoadMaterials(context);
     LoadMeshes(context);
+    LoadShapes(context);
     LoadNodes(context);
     LoadCameras(context);
     LoadLights(context);
+    LoadModifiers(context);
     LoadHairObjects(context);
     LoadHairRenderer(context);
     LoadKeys(context);

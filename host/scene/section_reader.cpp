@@ -62,6 +62,8 @@ std::string ExpectedText(const SceneKey& key) {
         return "a list of lists of numbers";
     case KeyType::kKnots:
         return "a list of [x, y, \"smooth\" | \"corner\" | \"step\"]";
+    case KeyType::kFiles:
+        return "a file name or a list of them";
     case KeyType::kImports:
         return "a list of file names or tables";
     case KeyType::kParameters:

@@ -69,6 +69,12 @@ private:
 
 // Class ids of the host's own classes.
 inline constexpr Class_ID TRIOBJ_CLASS_ID{0x09, 0};           ///< triangle-mesh object in the pipeline
+inline constexpr Class_ID triObjectClassID = TRIOBJ_CLASS_ID; ///< the same, as conversions ask for it
+inline constexpr Class_ID defObjectClassID{0x03, 0};          ///< conversion to anything that can be deformed
+inline constexpr Class_ID mapObjectClassID{0x04, 0};          ///< conversion to anything that takes mapping
+inline constexpr Class_ID splineShapeClassID{0x0a, 0};        ///< a shape of Bezier splines
+inline constexpr Class_ID linearShapeClassID{0x0b, 0};        ///< a shape of straight pieces
+inline constexpr Class_ID genericShapeClassID{0x0c, 0};       ///< conversion to any shape
 inline constexpr Class_ID EDITTRIOBJ_CLASS_ID{0xe44f10b3, 0}; ///< editable mesh
 inline constexpr Class_ID MESHSELECT_CLASS_ID{0x73d8ff93, 0}; ///< mesh-select modifier
 inline constexpr Class_ID MULTI_CLASS_ID{0x200, 0};           ///< multi/sub-object material

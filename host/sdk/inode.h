@@ -1,10 +1,9 @@
 #pragma once
 // Scene nodes.
 
-#include "sdk/object.h"
+#include "sdk/modifier.h"
 
 class Mtl;
-class Modifier;
 
 /// A node: a place in the hierarchy, an object, a material.
 class INode : public ReferenceTarget {
@@ -22,6 +21,8 @@ public:
     virtual const ObjectState& EvalWorldState(TimeValue t) = 0;
     virtual int NumModifiers() = 0;
     virtual Modifier* GetModifier(int i) = 0; ///< from the top of the stack
+    /// What modifier `i` keeps for this node.
+    virtual ModContext* GetModContext(int i) = 0;
 
     virtual Matrix3 GetNodeTM(TimeValue t, Interval* valid = nullptr) = 0;
     /// Object space to world space, with the object offset.

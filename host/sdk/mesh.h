@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,6 +48,17 @@ struct MeshMap {
     std::vector<TVFace> tf;
 };
 
+/// Normals given by hand: a face's corners point into the list; -1 leaves a corner to the smoothing groups.
+struct MeshNormals {
+    std::vector<Point3> normals;
+    std::vector<TVFace> faces;
+    bool IsEmpty() const { return faces.empty(); }
+    void Clear() { *this = MeshNormals(); }
+};
+
+// Levels of selection.
+inline constexpr int MESH_OBJECT = 0, MESH_VERTEX = 1, MESH_FACE = 2;
+
 /// One lazily built, immutable by-product of a mesh. Several threads may ask at once; copies share what is built.
 class MeshCacheSlot {
 public:
@@ -75,7 +87,9 @@ class Mesh {
 public:
     std::vector<Point3> verts;
     std::vector<Face> faces;
-    BitArray faceSel; ///< current face selection
+    MeshNormals specNormals;    ///< explicit normals, or none
+    int selLevel = MESH_OBJECT; ///< what later modifiers work on: everything, selected vertices or selected faces
+    BitArray faceSel;           ///< current face selection
     BitArray vertSel;
     std::map<int, MeshMap> maps;                            ///< by channel, -2..99
     std::map<int, std::vector<float>> vdata;                ///< by vertex data channel, one value a vertex
@@ -100,22 +114,32 @@ public:
     void checkNormals() const { VertexNormals(); }
     /// The lowest face that uses vertex `v` and the corner that does so; false when none does.
     bool FirstFaceOfVertex(int v, int& face, int& corner) const;
-    /// Rendering normal at corner `corner` of face `f`: averaged over the faces around the vertex that share a
-    /// smoothing group with `f`; the face normal when `f` has none.
+    /// The face corners (3 x face + corner) at vertex `v`, in face order. Built on first use.
+    std::span<const int> CornersOfVertex(int v) const;
+    /// Rendering normal at corner `corner` of face `f`: the explicit one; else averaged over the faces around the
+    /// vertex that share a smoothing group with `f`; the face normal when `f` has none.
     Point3 CornerNormal(int f, int corner) const;
     Box3 getBoundingBox() const;
     /// Nearest hit of the ray (direction need not be unit): distance along it in units of its direction's length, face,
     /// barycentric coordinates, and face normal. False when nothing is hit. Uses a bounding volume tree built on first
     /// use.
     bool IntersectRay(const Ray& ray, float& at, Point3& norm, int& face, Point3& bary) const;
+    /// How much vertex `v` belongs to the selection of the current level, 0..1: 1 when selected, else its soft
+    /// selection weight; at face level the corners of selected faces are; 1 at object level.
+    float VertexSelection(int v) const;
+    /// Takes the channels of `mask` (sdk/channels.h) over from another mesh.
+    void CopyChannels(const Mesh& from, uint64_t mask);
     void InvalidateGeomCache();
     void InvalidateTopologyCache() { InvalidateGeomCache(); }
+    /// To be called when vertices moved and nothing else changed.
+    void VerticesMoved();
 
 private:
-    struct Normals;
-    const Normals& GetNormals() const;
+    struct Corners;
+    const Corners& GetCorners() const;
     bool HasVertices(int f) const;
-    mutable MeshCacheSlot normals_, tree_;
+    bool SpecNormal(int f, int corner, Point3& normal) const;
+    mutable MeshCacheSlot corners_, normals_, tree_;
 };
 
 /// Per-face surface tangents of a mapping channel: `b[0]` along u, `b[1]` along v, in the space of the positions, not

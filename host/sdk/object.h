@@ -2,6 +2,7 @@
 // Scene objects: what a node shows.
 
 #include "sdk/box3.h"
+#include "sdk/channels.h"
 #include "sdk/color.h"
 #include "sdk/interval.h"
 #include "sdk/matrix3.h"
@@ -17,6 +18,17 @@ class ViewExp;
 struct ObjectState {
     Object* obj = nullptr;
     Interval valid = FOREVER;
+    Matrix3 tm{}; ///< object space to world space, for modifiers that use TM_CHANNEL; the identity in results
+
+    const Matrix3& GetTM() const { return tm; }
+};
+
+/// Moves points.
+class Deformer {
+public:
+    virtual ~Deformer() = default;
+    /// The place of point `i` that stands at `p`.
+    virtual Point3 Map(int i, const Point3& p) = 0;
 };
 
 /// Anything a node can hold, before or after modifiers.
@@ -31,11 +43,36 @@ public:
     /// The object itself at `t`.
     virtual ObjectState Eval(TimeValue t) { return {this, ObjectValidity(t)}; }
     virtual Interval ObjectValidity(TimeValue t) { return FOREVER; }
-    virtual bool CanConvertToType(Class_ID) { return false; }
+    // Validity of single channels (sdk/channels.h), for classes that keep them apart.
+    virtual Interval ChannelValidity(TimeValue t, int channel) { return ObjectValidity(t); }
+    virtual void SetChannelValidity(int channel, const Interval& valid) {}
+    virtual void InvalidateChannels(ChannelMask mask) {}
+    /// A copy at `t` for modifiers to work on: what the object converts to as defObjectClassID when that is another
+    /// object, else a clone. Null when the class cannot be copied.
+    virtual Object* PipelineCopy(TimeValue t);
+    /// Takes the channels of `mask` over from an object of which this is a pipeline copy. False when that cannot be
+    /// done; a new copy is made then.
+    virtual bool CopyChannels(Object* from, ChannelMask mask) { return false; }
+
+    virtual bool CanConvertToType(Class_ID id) { return id == ClassID(); }
     /// The object as another class. The result is the object itself or a new one, which the caller deletes.
-    virtual Object* ConvertToType(TimeValue t, Class_ID) { return nullptr; }
+    virtual Object* ConvertToType(TimeValue t, Class_ID id) { return id == ClassID() ? this : nullptr; }
     /// True when the renderer should ask for a mesh.
     virtual bool IsRenderable() { return false; }
+
+    // Points that deformers move.
+    virtual bool IsDeformable() { return false; }
+    virtual int NumPoints() { return 0; }
+    virtual Point3 GetPoint(int i) { return {}; }
+    virtual void SetPoint(int i, const Point3& p) {}
+    /// How much point `i` follows a deformation of the selection, 0..1.
+    virtual float PointSelection(int i) { return 1.0f; }
+    /// To be called after points were set.
+    virtual void PointsWereChanged() {}
+    /// Moves all points; with `useSel` by their selection.
+    virtual void Deform(Deformer* deformer, bool useSel = false);
+    /// The box of the points, of the selected ones with `useSel`; empty when there are none.
+    virtual Box3 GetDeformBBox(bool useSel = false);
 };
 
 class GeomObject : public Object {
@@ -46,36 +83,66 @@ public:
     virtual Mesh* GetRenderMesh(TimeValue t, INode* node, bool& needDelete) { return nullptr; }
 };
 
+/// Geometry that keeps a validity for each of its channels.
+class ChannelObject : public GeomObject {
+public:
+    Interval ObjectValidity(TimeValue) override { return valid_.All(); }
+    Interval ChannelValidity(TimeValue, int channel) override { return valid_[channel]; }
+    void SetChannelValidity(int channel, const Interval& valid) override { valid_[channel] = valid; }
+    void InvalidateChannels(ChannelMask mask) override { valid_.Invalidate(mask); }
+
+protected:
+    ChannelIntervals valid_;
+};
+
 /// A triangle mesh in the pipeline.
-class TriObject : public GeomObject {
+class TriObject : public ChannelObject {
 public:
     Mesh mesh;
     Class_ID ClassID() override { return TRIOBJ_CLASS_ID; }
-    RefTargetHandle Clone(RemapDir&) override {
-        auto* copy = new TriObject;
-        copy->mesh = mesh;
-        return copy;
-    }
-    bool CanConvertToType(Class_ID id) override { return id == TRIOBJ_CLASS_ID; }
-    Object* ConvertToType(TimeValue t, Class_ID id) override { return id == TRIOBJ_CLASS_ID ? this : nullptr; }
+    const char* GetObjectName() override { return "Mesh"; }
+    RefTargetHandle Clone(RemapDir&) override { return PipelineCopy(0); }
+    Object* PipelineCopy(TimeValue) override;
+    bool CopyChannels(Object* from, ChannelMask mask) override;
+    bool CanConvertToType(Class_ID id) override;
+    Object* ConvertToType(TimeValue t, Class_ID id) override { return CanConvertToType(id) ? this : nullptr; }
     Mesh* GetRenderMesh(TimeValue t, INode* node, bool& needDelete) override {
         needDelete = false;
         return &mesh;
     }
+    bool IsDeformable() override { return true; }
+    int NumPoints() override { return mesh.getNumVerts(); }
+    Point3 GetPoint(int i) override { return mesh.verts[size_t(i)]; }
+    void SetPoint(int i, const Point3& p) override { mesh.verts[size_t(i)] = p; }
+    float PointSelection(int i) override { return mesh.VertexSelection(i); }
+    /// Explicit normals no longer fit and go.
+    void PointsWereChanged() override;
 };
 
-/// A spline shape.
-class ShapeObject : public GeomObject {
+/// A shape of Bezier splines.
+class ShapeObject : public ChannelObject {
 public:
     BezierShape shape;
     SClass_ID SuperClassID() override { return SHAPE_CLASS_ID; }
+    Class_ID ClassID() override { return splineShapeClassID; }
+    const char* GetObjectName() override { return "Shape"; }
     bool IsRenderable() override { return false; }
-    RefTargetHandle Clone(RemapDir&) override {
-        auto* copy = new ShapeObject;
-        copy->shape = shape;
-        return copy;
-    }
+    RefTargetHandle Clone(RemapDir&) override { return PipelineCopy(0); }
+    Object* PipelineCopy(TimeValue) override;
+    bool CopyChannels(Object* from, ChannelMask mask) override;
+    /// Itself as splineShapeClassID and genericShapeClassID; a new TriObject of the areas inside its splines when all
+    /// of them are closed, flat and do not cross themselves.
+    bool CanConvertToType(Class_ID id) override;
+    Object* ConvertToType(TimeValue t, Class_ID id) override;
+    // Points: for every knot its place, its incoming and its outgoing handle.
+    bool IsDeformable() override { return true; }
+    int NumPoints() override { return 3 * shape.KnotCount(); }
+    Point3 GetPoint(int i) override { return shape.ControlPoint(i); }
+    void SetPoint(int i, const Point3& p) override { shape.ControlPoint(i) = p; }
 };
+
+/// The name under which parts of the host and plug-ins make shapes of their own.
+using SplineShape = ShapeObject;
 
 class HelperObject : public Object {
 public:
@@ -96,17 +163,6 @@ public:
     SClass_ID SuperClassID() override { return WSM_OBJECT_CLASS_ID; }
     /// The force of this warp at `node`, or null when it is none. The caller deletes it.
     virtual ForceField* GetForceField(INode* node) { return nullptr; }
-};
-
-/// A modifier on a node's stack.
-class Modifier : public BaseObject {
-public:
-    SClass_ID SuperClassID() override { return OSM_CLASS_ID; }
-    virtual Interval LocalValidity(TimeValue t) { return FOREVER; }
-    /// Changes `os->obj`, a copy made for this evaluation when its class can be cloned, and narrows `os->valid`. A
-    /// modifier that puts another object there hands over a new one.
-    virtual void ModifyObject(TimeValue t, ObjectState* os, INode* node) {}
-    bool enabled = true;
 };
 
 /// A camera at a time.

@@ -131,6 +131,30 @@ TEST_F(CommandLine, InfoPrintsKeys) {
                      "     12  1, 2, 3  linear  linear\n");
 }
 
+TEST_F(CommandLine, InfoShowsStacksSetsAndShapes) {
+    Write("stack.toml",
+          "[scene]\nimport = ['quad.obj']\n[[node]]\nname = 'quad'\nface_sets = { half = { ids = [0] } }\n"
+          "modifiers = [{ type = 'mesh_select', level = 'vertex', select = { ids = [1, 2] } }, "
+          "{ type = 'xform', name = 'move', in_render = false }, { type = 'skin', bones = ['b'], weights = [[0, 0, 1]] "
+          "}, "
+          "{ type = 'smooth', enabled = false }]\n[[node]]\nname = 'b'\nprimitive = 'empty'\n[[keys]]\nnode = 'b'\n"
+          "position = [[2, 0, 0, 0], [8, 1, 0, 0]]\n[[shape]]\nname = 'wire'\n"
+          "splines = [{ points = [[0, 0, 0], [3, 0, 0], [3, 4, 0]], closed = true }, { points = [[0, 0, 0], [0, 0, 2]] "
+          "}]");
+    const RunResult r = Run({"info", "stack.toml"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("  face set 'half': 1 face\n  selected: 2 vertices\n  modifier 'smooth': Smooth, off\n"
+                         "  modifier 'skin': Skin\n  modifier 'move': XForm, off in pictures\n"
+                         "  modifier 'mesh_select': Mesh Select\n"
+                         "  base: Editable Mesh; the outcome is the same up to frame 2\n"),
+              std::string::npos)
+        << r.out;
+    EXPECT_NE(r.out.find("node 'wire': shape, 2 splines, 5 knots\n  spline: 3 knots, closed, length 12\n"
+                         "  spline: 2 knots, open, length 2\n"),
+              std::string::npos)
+        << r.out;
+}
+
 TEST_F(CommandLine, ParamsListsEveryParameter) {
     const RunResult r = Run({"params", "good.toml", "--list", "--object", "coat", "--set", "coat.Length=0.5"});
     EXPECT_EQ(r.status, 0);

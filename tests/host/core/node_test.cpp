@@ -27,7 +27,7 @@ struct Mover : Modifier {
     int calls = 0;
     Interval valid = FOREVER;
     Interval LocalValidity(TimeValue) override { return valid; }
-    void ModifyObject(TimeValue, ObjectState* os, INode*) override {
+    void ModifyObject(TimeValue, ModContext&, ObjectState* os, INode*) override {
         ++calls;
         if (os->obj->ClassID() != TRIOBJ_CLASS_ID) return;
         Mesh& mesh = static_cast<TriObject*>(os->obj)->mesh;
@@ -221,15 +221,14 @@ TEST_F(NodeTest, ThePipelineWorksOnACopyFromTheBottomUp) {
     EXPECT_EQ(n->GetModifier(0), &mover);
     EXPECT_EQ(X(n), 4); // (0 + 1) * 2 + 2
     EXPECT_EQ(tri->mesh.verts[0].x, 0) << "the base object is untouched";
-    mover.enabled = false;
-    n->InvalidateWorldState();
+    mover.DisableMod();
     EXPECT_EQ(X(n), 1);
     n->DeleteModifier(1);
     EXPECT_EQ(X(n), 0);
     EXPECT_FALSE(n->DeleteModifier(1));
     EXPECT_FALSE(n->AddModifier(nullptr));
     EXPECT_FALSE(n->AddModifier(&second, 5));
-    mover.enabled = true;
+    mover.EnableMod();
 }
 
 TEST_F(NodeTest, ResultsAreKeptWhileTheyHold) {
@@ -270,7 +269,7 @@ TEST_F(NodeTest, ThreadsMayEvaluateTheSameTime) {
 
 TEST_F(NodeTest, AModifierMayPutInANewObject) {
     struct Replacer : Modifier {
-        void ModifyObject(TimeValue, ObjectState* os, INode*) override {
+        void ModifyObject(TimeValue, ModContext&, ObjectState* os, INode*) override {
             auto* const fresh = new TriObject;
             fresh->mesh.verts = {{42, 0, 0}};
             os->obj = fresh;

@@ -16,11 +16,18 @@ struct Track {
     void Set(int t, float v) { (keys.empty() ? constant : keys[t]) = v; }
 };
 
+/// A use of a modifier and the number that it keeps for its node.
+struct StackEntry {
+    int modifier = 0, number = 0;
+    bool operator==(const StackEntry&) const = default;
+};
+
 /// A node with a light; nodes by number, -1 for none.
 struct NodeModel {
     std::string name;
     int parent = 0, target = -1;
-    std::vector<int> children, excluded, modifiers;
+    std::vector<int> children, excluded;
+    std::vector<StackEntry> stack;
     float red = 0.6f, multiplier = 1;
     bool hidden = false, selected = false, shines = true;
     std::string property;
@@ -33,6 +40,7 @@ struct NodeModel {
 struct SceneModel {
     std::map<int, NodeModel> nodes{{0, {}}};
     std::vector<int> atmospherics;
+    std::map<int, bool> off; ///< modifiers that are switched off
     float background = 0;
     int lastFrame = 0;
     bool operator==(const SceneModel&) const = default;

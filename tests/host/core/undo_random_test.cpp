@@ -23,6 +23,14 @@ public:
     void Shade(ShadeContext&, const Point3&, const Point3&, Color&, Color&, bool) override {}
 };
 
+/// What a modifier keeps for a node.
+class NumberData : public LocalModData {
+public:
+    explicit NumberData(int n) : number(n) {}
+    LocalModData* Clone() override { return new NumberData(number); }
+    int number;
+};
+
 struct Step {
     int op, a, b, c;
 };
@@ -99,6 +107,8 @@ public:
         Interval valid = FOREVER;
         shown.background = core_.GetBackGround(0, valid).r;
         shown.lastFrame = core_.GetAnimRange().End();
+        for (int i = 0; i < kNumModifiers; ++i)
+            if (!modifiers_[size_t(i)]->IsEnabled()) shown.off[i] = true;
         return shown;
     }
     // The model as far as it can be seen from outside.
@@ -138,7 +148,10 @@ private:
         for (int i = 0; i < node->NumberOfChildren(); ++i) n.children.push_back(NumberOf(node->GetChildNode(i)));
         if (node == core_.GetRootNode()) return n;
         n.target = node->GetTarget() ? NumberOf(node->GetTarget()) : -1;
-        for (int i = 0; i < node->NumModifiers(); ++i) n.modifiers.push_back(IndexOf(modifiers_, node->GetModifier(i)));
+        for (int i = 0; i < node->NumModifiers(); ++i) {
+            const auto* const data = static_cast<const NumberData*>(node->GetModContext(i)->localData);
+            n.stack.push_back({IndexOf(modifiers_, node->GetModifier(i)), data ? data->number : 0});
+        }
         n.red = node->GetWireColor().r;
         n.hidden = node->IsNodeHidden();
         n.selected = node->Selected();
@@ -320,20 +333,51 @@ private:
             block.SetValue(kLightOn, 0, int(n.shines));
             return;
         case 25: {
-            const int at = s.b % (int(n.modifiers.size()) + 1);
-            n.modifiers.insert(n.modifiers.begin() + at, s.c % kNumModifiers);
+            const int at = s.b % (int(n.stack.size()) + 1);
+            n.stack.insert(n.stack.begin() + at, {s.c % kNumModifiers, 0});
             RC_ASSERT(node->AddModifier(modifiers_[size_t(s.c % kNumModifiers)], at));
             return;
         }
-        case 26: {
-            const int at = s.b % (int(n.modifiers.size()) + 1);
-            const bool fits = at < int(n.modifiers.size());
-            RC_ASSERT(node->DeleteModifier(at) == fits);
-            if (fits) n.modifiers.erase(n.modifiers.begin() + at);
-            return;
-        }
+        case 26:
+            return EditStack(s, node, n);
         default:
             return EditScene(s);
+        }
+    }
+    void EditStack(const Step& s, Node* node, NodeModel& n) {
+        const int count = int(n.stack.size()), at = s.b % (count + 1), to = s.c / 4 % (count + 1);
+        const bool there = at < count, both = there && to < count;
+        switch (s.c % 4) {
+        case 0:
+            RC_ASSERT(node->DeleteModifier(at) == there);
+            if (there) n.stack.erase(n.stack.begin() + at);
+            return;
+        case 1: {
+            RC_ASSERT(node->MoveModifier(at, to) == both);
+            if (!both) return;
+            const StackEntry moved = n.stack[size_t(at)];
+            n.stack.erase(n.stack.begin() + at);
+            n.stack.insert(n.stack.begin() + to, moved);
+            return;
+        }
+        case 2: {
+            ModContext context;
+            context.localData = new NumberData(s.c);
+            RC_ASSERT(node->SetModContext(at, context) == there);
+            if (there) n.stack[size_t(at)].number = s.c;
+            return;
+        }
+        default: {
+            const int which = s.b % kNumModifiers;
+            Modifier& m = *modifiers_[size_t(which)];
+            if (s.c / 4 % 2) {
+                m.DisableMod();
+                model_.off[which] = true;
+            } else {
+                m.EnableMod();
+                model_.off.erase(which);
+            }
+        }
         }
     }
     void EditScene(const Step& s) {

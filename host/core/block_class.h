@@ -1,5 +1,5 @@
 #pragma once
-// Class descriptors of materials and maps with one parameter block.
+// Class descriptors of classes with one parameter block.
 
 #include <utility>
 #include <vector>

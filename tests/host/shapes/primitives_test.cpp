@@ -1,6 +1,6 @@
 // Simple shapes.
 
-#include "scene/primitives.h"
+#include "shapes/primitives.h"
 
 #include <gtest/gtest.h>
 

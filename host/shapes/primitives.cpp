@@ -1,4 +1,4 @@
-#include "scene/primitives.h"
+#include "shapes/primitives.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,2 @@
+find_package(rapidcheck REQUIRED)
+target_link_libraries(${name} PRIVATE rapidcheck rapidcheck_gtest)
