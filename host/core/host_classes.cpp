@@ -27,6 +27,7 @@ const std::vector<ClassDesc*>& HostClasses() {
                                                  &matrix,
                                                  &prs,
                                                  TargetCameraDesc(),
+                                                 FreeCameraDesc(),
                                                  LightDescOf(OMNI_LGT),
                                                  LightDescOf(SPOT_LGT),
                                                  LightDescOf(DIRECT_LGT)};
