@@ -8,7 +8,8 @@ namespace {
 
 class CameraDesc : public ClassDesc2 {
 public:
-    CameraDesc() {
+    CameraDesc(const char* name, const char* internalName, Class_ID id, CameraObject* (*make)())
+        : name_(name), internalName_(internalName), id_(id), make_(make) {
         block_.intName = "cameraParams";
         block_.title = "Camera";
         block_.classDesc = this;
@@ -20,34 +21,37 @@ public:
                          FloatParam(kCamHither, "hither", 1, 0, kHuge),
                          FloatParam(kCamYon, "yon", 1000, 0, kHuge),
                          FloatParam(kCamNearRange, "nearRange", 0, 0, kHuge),
-                         FloatParam(kCamFarRange, "farRange", 1000, 0, kHuge)};
+                         FloatParam(kCamFarRange, "farRange", 1000, 0, kHuge),
+                         FloatParam(kCamRoll, "roll", 0, -kHuge, kHuge)};
         AddParamBlockDesc(&block_);
     }
     int IsPublic() override { return 1; }
-    void* Create(bool) override { return new TargetCamera; }
-    const char* ClassName() override { return "Target Camera"; }
+    void* Create(bool) override { return make_(); }
+    const char* ClassName() override { return name_; }
     SClass_ID SuperClassID() override { return CAMERA_CLASS_ID; }
-    Class_ID ClassID() override { return LOOKAT_CAM_CLASS_ID; }
+    Class_ID ClassID() override { return id_; }
     const char* Category() override { return "Host"; }
-    const char* InternalName() override { return "TargetCamera"; }
+    const char* InternalName() override { return internalName_; }
 
 private:
+    const char *name_, *internalName_;
+    Class_ID id_;
+    CameraObject* (*make_)();
     ParamBlockDesc2 block_;
 };
 
-CameraDesc& Desc() {
-    static CameraDesc desc;
-    return desc;
-}
-
 } // namespace
 
-ClassDesc* TargetCameraDesc() {
-    return &Desc();
+ClassDesc2* TargetCameraDesc() {
+    static CameraDesc desc("Target Camera", "TargetCamera", LOOKAT_CAM_CLASS_ID,
+                           []() -> CameraObject* { return new TargetCamera; });
+    return &desc;
 }
 
-TargetCamera::TargetCamera() {
-    Desc().MakeAutoParamBlocks(this);
+ClassDesc2* FreeCameraDesc() {
+    static CameraDesc desc("Free Camera", "FreeCamera", SIMPLE_CAM_CLASS_ID,
+                           []() -> CameraObject* { return new FreeCamera; });
+    return &desc;
 }
 
 void TargetCamera::SetReference(int i, RefTargetHandle target) {
@@ -63,6 +67,7 @@ RefResult TargetCamera::EvalCameraState(TimeValue t, Interval& valid, CameraStat
     cs->yon = block_->GetFloat(kCamYon, t, valid);
     cs->nearRange = block_->GetFloat(kCamNearRange, t, valid);
     cs->farRange = block_->GetFloat(kCamFarRange, t, valid);
+    cs->roll = block_->GetFloat(kCamRoll, t, valid);
     return REF_SUCCEED;
 }
 
@@ -74,7 +79,7 @@ Interval TargetCamera::ObjectValidity(TimeValue t) {
 }
 
 RefTargetHandle TargetCamera::Clone(RemapDir& remap) {
-    auto* const copy = new TargetCamera;
+    auto* const copy = New();
     copy->ReplaceReference(0, remap.CloneRef(block_));
     return copy;
 }

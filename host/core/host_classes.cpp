@@ -47,7 +47,7 @@ std::vector<ClassDesc*> MakeList() {
     AddKeyClasses<PositionControl>(classes);
     AddKeyClasses<RotationControl>(classes);
     AddKeyClasses<ScaleControl>(classes);
-    classes.insert(classes.end(), {&matrix, &prs, TargetCameraDesc(), LightDescOf(OMNI_LGT), LightDescOf(SPOT_LGT),
+    classes.insert(classes.end(), {&matrix, &prs, TargetCameraDesc(), FreeCameraDesc(), LightDescOf(OMNI_LGT), LightDescOf(SPOT_LGT),
                                    LightDescOf(DIRECT_LGT)});
     return classes;
 }

@@ -25,7 +25,7 @@ private:
     Class_ID id_;
 };
 
-/// Meshes, the target camera, lights, controllers.
+/// Meshes, cameras, lights, controllers.
 const std::vector<ClassDesc*>& HostClasses();
 
 } // namespace host

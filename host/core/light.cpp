@@ -47,7 +47,30 @@ public:
                          FloatParam(kLightShadowMultiplier, "shadowMultiplier", 1, 0, 1),
                          NamedParam(kLightExclude, "exclude", TYPE_INODE_TAB, P_VARIABLE_SIZE),
                          BoolParam(kLightInclude, "include", false)};
+        AddShape(block_.params);
+        AddFading(block_.params);
         AddParamBlockDesc(&block_);
+    }
+    static void AddShape(std::vector<ParamDef>& params) {
+        ParamDef shape = NamedParam(kLightShape, "shape", TYPE_INT, 0);
+        shape.hasRange = true;
+        shape.rangeHigh = 1;
+        for (const ParamDef& def : {shape, FloatParam(kLightAspect, "aspect", 1, 0.001f, 1000),
+                                    ColorParam(kLightShadowColor, "shadowColor", {0, 0, 0}),
+                                    FloatParam(kLightShadowBias, "shadowBias", 0, 0, kHuge)})
+            params.push_back(def);
+    }
+    static void AddFading(std::vector<ParamDef>& params) {
+        ParamDef decay = NamedParam(kLightDecay, "decay", TYPE_INT, 0);
+        decay.hasRange = true;
+        decay.rangeHigh = float(DECAY_INVERSE_SQUARE);
+        for (const ParamDef& def :
+             {BoolParam(kLightNearOn, "useNearAttenuation", false),
+              FloatParam(kLightNearStart, "nearStart", 0, 0, kHuge), FloatParam(kLightNearEnd, "nearEnd", 40, 0, kHuge),
+              BoolParam(kLightFarOn, "useFarAttenuation", false), FloatParam(kLightFarStart, "farStart", 80, 0, kHuge),
+              FloatParam(kLightFarEnd, "farEnd", 200, 0, kHuge), decay,
+              FloatParam(kLightDecayStart, "decayStart", 40, 1e-6f, kHuge)})
+            params.push_back(def);
     }
     int IsPublic() override { return 1; }
     void* Create(bool) override { return new Light(class_.type); }
@@ -96,6 +119,16 @@ RefResult Light::EvalLightState(TimeValue t, Interval& valid, LightState* ls) {
     ls->affectSpecular = block_->GetInt(kLightAffectSpecular, t, valid) != 0;
     ls->ambientOnly = block_->GetInt(kLightAmbientOnly, t, valid) != 0;
     ls->shadow = block_->GetInt(kLightShadows, t, valid) != 0;
+    ls->rectangular = block_->GetInt(kLightShape, t, valid) != 0;
+    ls->aspect = block_->GetFloat(kLightAspect, t, valid);
+    ls->useNearAtten = block_->GetInt(kLightNearOn, t, valid) != 0;
+    ls->nearAttenStart = block_->GetFloat(kLightNearStart, t, valid);
+    ls->nearAttenEnd = block_->GetFloat(kLightNearEnd, t, valid);
+    ls->useFarAtten = block_->GetInt(kLightFarOn, t, valid) != 0;
+    ls->farAttenStart = block_->GetFloat(kLightFarStart, t, valid);
+    ls->farAttenEnd = block_->GetFloat(kLightFarEnd, t, valid);
+    ls->decay = LightDecay(block_->GetInt(kLightDecay, t, valid));
+    ls->decayStart = block_->GetFloat(kLightDecayStart, t, valid);
     return REF_SUCCEED;
 }
 

@@ -22,6 +22,18 @@ enum LightParam : ParamID {
     kLightShadowMultiplier, ///< how much of a shadow counts, 0..1
     kLightExclude,          ///< table of nodes without this light
     kLightInclude,          ///< the table names the only nodes with this light instead
+    kLightShape,            ///< cross section of cone or cylinder: 0 round, 1 rectangular
+    kLightAspect,           ///< a rectangle's width by its height; hotspot and falloff are its width's
+    kLightNearOn,           ///< near attenuation: no light before the start, full light from the end on
+    kLightNearStart,
+    kLightNearEnd,
+    kLightFarOn, ///< far attenuation: full light up to the start, none beyond the end
+    kLightFarStart,
+    kLightFarEnd,
+    kLightDecay,       ///< LightDecay
+    kLightDecayStart,  ///< distance of full light
+    kLightShadowColor, ///< light that arrives in shadow
+    kLightShadowBias,  ///< shadows begin this far from a surface, in scene units
 };
 
 /// A light that shines down its node's -Z axis (omni: everywhere).

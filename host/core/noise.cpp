@@ -1,4 +1,4 @@
-// One- and three-dimensional lattice noise.
+// Lattice noise in one, three and four dimensions.
 
 #include "sdk/noise.h"
 
@@ -47,23 +47,61 @@ constexpr float Gradient(uint8_t h, float x, float y, float z) {
     return ((k & 1) ? -u : u) + ((k & 2) ? -v : v);
 }
 
+// The 32 edge directions of a hypercube: one coordinate is left out, the others are taken with either sign.
+constexpr float Gradient(uint8_t h, const float d[4]) {
+    const int out = (h >> 3) & 3;
+    float sum = 0;
+    for (int i = 0, bit = 0; i < 4; ++i) {
+        if (i == out) continue;
+        sum += ((h >> bit++) & 1) ? -d[i] : d[i];
+    }
+    return sum;
+}
+
+/// Lattice point below a coordinate, and the rest.
+struct Cell {
+    int i = 0;
+    float rest = 0;
+    explicit Cell(float c) {
+        if (!(std::fabs(c) < 1e9f)) return;
+        const float low = std::floor(c);
+        i = int(low);
+        rest = c - low;
+    }
+};
+
 } // namespace
 
 float noise1(float x) {
-    const float cell = std::floor(x);
-    const int i = int(cell);
-    const float t = x - cell;
-    return Lerp(Fade(t), Slope(i) * t, Slope(i + 1) * (t - 1.0f));
+    const Cell c(x);
+    return Lerp(Fade(c.rest), Slope(c.i) * c.rest, Slope(c.i + 1) * (c.rest - 1.0f));
 }
 
 float noise3(float x, float y, float z) {
-    const float fx = std::floor(x), fy = std::floor(y), fz = std::floor(z);
-    const int ix = int(fx), iy = int(fy), iz = int(fz);
-    x -= fx, y -= fy, z -= fz;
+    const Cell cx(x), cy(y), cz(z);
     const auto corner = [&](int a, int b, int c) {
-        return Gradient(Hash(Hash(Hash(ix + a) + iy + b) + iz + c), x - float(a), y - float(b), z - float(c));
+        return Gradient(Hash(Hash(Hash(cx.i + a) + cy.i + b) + cz.i + c), cx.rest - float(a), cy.rest - float(b),
+                        cz.rest - float(c));
     };
-    const float u = Fade(x), v = Fade(y), w = Fade(z);
+    const float u = Fade(cx.rest), v = Fade(cy.rest), w = Fade(cz.rest);
     return Lerp(w, Lerp(v, Lerp(u, corner(0, 0, 0), corner(1, 0, 0)), Lerp(u, corner(0, 1, 0), corner(1, 1, 0))),
                 Lerp(v, Lerp(u, corner(0, 0, 1), corner(1, 0, 1)), Lerp(u, corner(0, 1, 1), corner(1, 1, 1))));
+}
+
+float noise4(float x, float y, float z, float w) {
+    const Cell cells[4] = {Cell(x), Cell(y), Cell(z), Cell(w)};
+    float values[16];
+    for (int k = 0; k < 16; ++k) {
+        float d[4];
+        int h = 0;
+        for (int i = 0; i < 4; ++i) {
+            const int upper = (k >> i) & 1;
+            h = Hash(h + cells[i].i + upper);
+            d[i] = cells[i].rest - float(upper);
+        }
+        values[k] = Gradient(uint8_t(h), d);
+    }
+    for (int i = 0, n = 8; i < 4; ++i, n /= 2)
+        for (int k = 0; k < n; ++k) values[k] = Lerp(Fade(cells[i].rest), values[2 * k], values[2 * k + 1]);
+    return values[0];
 }

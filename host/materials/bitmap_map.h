@@ -5,41 +5,55 @@
 #include <string>
 
 #include "image/load_image.h"
-#include "materials/block_owner.h"
-#include "materials/map_coords.h"
-#include "sdk/mtl.h"
+#include "materials/host_map.h"
+#include "materials/image_pyramid.h"
+#include "materials/summed_area.h"
 
 namespace host {
 
-// Parameters of the bitmap map, beside MapCoordParam.
+// Parameters of the bitmap map, beside MapCoordParam and MapOutputParam.
 enum BitmapParam : ParamID {
     kBitmapFile,
     kBitmapRaw,    ///< numbers as they stand in the file: no decoding of sRGB
-    kBitmapRepeat, ///< the picture repeats; else its border goes on
+    kBitmapWrapU,  ///< MapWrap
+    kBitmapWrapV,  ///< MapWrap
+    kBitmapFilter, ///< BitmapFilter
+};
+
+/// What regions larger than a pixel of the picture look like.
+enum BitmapFilter {
+    kFilterNone,       ///< as their middle
+    kFilterPyramid,    ///< from the picture in halves, quarters ...: as wide as it is high
+    kFilterSummedArea, ///< the mean of the rectangle: more exact, and memory for 32 bytes a pixel
 };
 
 /// A picture file as a map: bilinear between pixel centres, u to the right, v up. The file is read when the parameter
 /// changes and kept; evaluation only reads.
-class BitmapMap : public BlockOwner<Texmap, 0> {
+class BitmapMap : public HostMap {
 public:
     BitmapMap();
     ~BitmapMap() override { DeleteAllRefs(); }
     Class_ID ClassID() override { return BMTEX_CLASS_ID; }
     void GetClassName(TSTR& s) override { s = "Bitmap"; }
-    /// Black without a picture.
-    AColor EvalColor(ShadeContext& sc) override;
     /// Why there is no picture; empty when it was read or no file is named.
     const std::string& LoadError() const { return error_; }
     RefTargetHandle Clone(RemapDir& remap) override;
 
 private:
-    void Refresh() override;
+    /// Black without a picture.
+    AColor Evaluate(const MapPoint& p) const override;
+    float Grain() const override;
+    void ReadParams(IParamBlock2& block) override;
     void Load(const std::string& file, bool raw);
+    void PrepareFilter();
 
     std::shared_ptr<const Image> image_;
+    std::shared_ptr<const ImagePyramid> pyramid_;
+    std::shared_ptr<const SummedArea> sums_;
     std::string file_, error_;
-    bool raw_ = false, repeat_ = true;
-    MapCoords coords_;
+    bool raw_ = false;
+    int filter_ = kFilterPyramid;
+    ImageWrap wrap_;
 };
 
 ClassDesc* BitmapMapDesc();

@@ -1,5 +1,6 @@
 #include "materials/checker_map.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/block_class.h"
@@ -9,18 +10,25 @@ namespace host {
 namespace {
 
 BlockClassDesc<CheckerMap>& Desc() {
-    static BlockClassDesc<CheckerMap> desc("Checker", "checkerMap", TEXMAP_CLASS_ID, CHECKER_CLASS_ID, [] {
-        std::vector<ParamDef> params = MapCoords::Params();
-        params.push_back(ColorParam(kCheckerColor1, "color1", {0, 0, 0}));
-        params.push_back(ColorParam(kCheckerColor2, "color2", {1, 1, 1}));
-        return params;
-    }());
+    static BlockClassDesc<CheckerMap> desc("Checker", "checkerMap", TEXMAP_CLASS_ID, CHECKER_CLASS_ID,
+                                           HostMap::WithShared({ColorParam(kCheckerColor1, "color1", {0, 0, 0}),
+                                                                ColorParam(kCheckerColor2, "color2", {1, 1, 1})}));
     return desc;
 }
 
-/// True in the upper half of a repetition.
-bool UpperHalf(float v) {
-    return v - std::floor(v) >= 0.5f;
+/// Length of the upper halves of the repetitions between 0 and `v`.
+float UpperUpTo(float v) {
+    const float whole = std::floor(v);
+    return 0.5f * whole + std::max(v - whole - 0.5f, 0.0f);
+}
+
+/// Share of upper halves in a stretch around `v`.
+float UpperShare(float v, float across) {
+    if (!(across > 0.0f)) return v - std::floor(v) >= 0.5f ? 1.0f : 0.0f;
+    // Over many repetitions it is one half, and differences of large numbers are coarse.
+    if (across > 8.0f) return 0.5f;
+    const float from = v - std::floor(v) - 0.5f * across;
+    return std::clamp((UpperUpTo(from + across) - UpperUpTo(from)) / across, 0.0f, 1.0f);
 }
 
 } // namespace
@@ -34,16 +42,15 @@ CheckerMap::CheckerMap() {
     Refresh();
 }
 
-void CheckerMap::Refresh() {
-    if (!Params()) return;
-    colors_[0] = Params()->GetColor(kCheckerColor1, Time());
-    colors_[1] = Params()->GetColor(kCheckerColor2, Time());
-    coords_.Read(*Params(), Time());
+void CheckerMap::ReadParams(IParamBlock2& block) {
+    colors_[0] = block.GetColor(kCheckerColor1, Time());
+    colors_[1] = block.GetColor(kCheckerColor2, Time());
 }
 
-AColor CheckerMap::EvalColor(ShadeContext& sc) {
-    const Point2 uv = coords_.At(sc);
-    return AColor(colors_[UpperHalf(uv.x) != UpperHalf(uv.y)]);
+AColor CheckerMap::Evaluate(const MapPoint& p) const {
+    const float u = UpperShare(p.at.x, p.across.x), v = UpperShare(p.at.y, p.across.y);
+    const float second = u * (1.0f - v) + v * (1.0f - u);
+    return AColor(colors_[0] * (1.0f - second) + colors_[1] * second);
 }
 
 RefTargetHandle CheckerMap::Clone(RemapDir& remap) {

@@ -43,6 +43,7 @@ bool CameraSampler::ShadeNearest(const View& view, float near, SurfaceLayer& lay
     sc.SetSurface(instance, hit, view.unit);
     render_.MaterialOf(instance).Shade(sc);
     const Color clear = sc.out.t;
+    layer.skipped = (sc.out.flags & SHADEOUT_NOTHING) != 0;
     layer.color = sc.out.c * instance.visibility;
     layer.transparency = Color(1, 1, 1) + (clear - Color(1, 1, 1)) * instance.visibility;
     layer.p = sc.P();
@@ -60,7 +61,7 @@ int CameraSampler::Trace(const View& view, int most, SurfaceLayer* layers) {
         float depth = 0;
         if (!ShadeNearest(view, near, layers[count], depth)) break;
         const bool opaque = IsOpaque(layers[count].transparency);
-        ++count;
+        if (!layers[count].skipped) ++count;
         if (opaque) break;
         near = std::max(depth + depth * kStepBehind, std::nextafter(depth, render_.View().yon));
     }

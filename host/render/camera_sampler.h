@@ -10,8 +10,9 @@ namespace host {
 /// A shaded surface on a camera ray.
 struct SurfaceLayer {
     Color color, transparency;
-    Point3 p, normal;  ///< camera space
-    int instance = -1; ///< -1: nothing there
+    Point3 p, normal;     ///< camera space
+    int instance = -1;    ///< -1: nothing there
+    bool skipped = false; ///< the material says that there is no surface here
     int materialId = 0;
 };
 

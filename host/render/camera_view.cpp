@@ -38,6 +38,14 @@ Matrix3 Rigid(const Matrix3& tm) {
     return {x, CrossProd(z, x), z, tm.GetTrans()};
 }
 
+/// Turned about its own view axis.
+Matrix3 Rolled(const Matrix3& tm, float roll) {
+    if (roll == 0.0f) return tm;
+    const float c = std::cos(roll), s = std::sin(roll);
+    const Point3 x = tm.GetRow(0), y = tm.GetRow(1);
+    return {x * c - y * s, x * s + y * c, tm.GetRow(2), tm.GetTrans()};
+}
+
 // The depth range: the clip range when it is set by hand, else the environment ranges.
 void SetClip(const CameraState& state, CameraView& view) {
     if (state.manualClip && state.yon > state.hither) {
@@ -88,7 +96,7 @@ CameraView MakeCameraView(INode* node, TimeValue t, int width, int height, float
         static_cast<CameraObject*>(os.obj)->EvalCameraState(t, valid, &state);
     CameraView view;
     view.node = node;
-    view.camToWorld = Rigid(node->GetObjectTM(t));
+    view.camToWorld = Rolled(Rigid(node->GetObjectTM(t)), state.roll);
     view.worldToCam = Inverse(view.camToWorld);
     view.xc = float(width) / 2.0f;
     view.yc = float(height) / 2.0f;

@@ -17,7 +17,7 @@ struct CameraView {
     int projType = PROJ_PERSPECTIVE;
     Matrix3 camToWorld, worldToCam;
     float xscale = 1, yscale = 1, xc = 0, yc = 0;
-    float hither = 0, yon = 1e30f; ///< surfaces nearer or farther than this are not seen
+    float hither = 0, yon = 1e30f;        ///< surfaces nearer or farther than this are not seen
     float nearRange = 0, farRange = 1000; ///< scale of depths: what is told apart is a share of its length
 
     /// Start and direction of the ray through a screen position, camera space; the direction's z is -1, so that

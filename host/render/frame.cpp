@@ -7,8 +7,12 @@
 #include "core/notify_scope.h"
 #include "materials/bitmap_map.h"
 #include "materials/checker_map.h"
+#include "materials/gradient_map.h"
 #include "materials/multi_mtl.h"
+#include "materials/noise_map.h"
+#include "materials/shaders.h"
 #include "materials/std_mtl.h"
+#include "materials/vertex_color_map.h"
 #include "render/camera_view.h"
 #include "render/light_desc.h"
 #include "render/scan_renderer.h"
@@ -38,7 +42,9 @@ ScanRenderer& CurrentRenderer(Core& core) {
 
 void RegisterRenderClasses(Core& core) {
     Light::SetDescFactory(MakeLightDesc);
-    for (ClassDesc* const desc : {ScanRendererDesc(), StdMtlDesc(), MultiMtlDesc(), BitmapMapDesc(), CheckerMapDesc()})
+    for (ClassDesc* const desc :
+         {ScanRendererDesc(), StdMtlDesc(), MultiMtlDesc(), BlinnShaderDesc(), PhongShaderDesc(), BitmapMapDesc(),
+          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc()})
         core.Classes().Register(desc);
 }
 

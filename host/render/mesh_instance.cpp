@@ -24,9 +24,9 @@ bool MayBeClear(Mtl* material) {
             if (MayBeClear(material->GetSubMtl(i))) return true;
         return false;
     }
-    const bool mapped = material->ClassID() == DMTL_CLASS_ID && material->NumSubTexmaps() > ID_OP &&
-                        material->GetSubTexmap(ID_OP) != nullptr;
-    return mapped || material->GetXParency() > 0.0f;
+    auto* const standard = material->ClassID() == DMTL_CLASS_ID ? dynamic_cast<StdMat2*>(material) : nullptr;
+    if (standard && (standard->GetSubTexmap(ID_OP) || !standard->GetTwoSided())) return true;
+    return material->GetXParency() > 0.0f;
 }
 
 MeshInstance::MeshInstance(INode* n, const Mesh& m, TimeValue t, const Matrix3& worldToCam) : own_(m) {
@@ -110,6 +110,23 @@ bool MeshInstance::TangentsAt(int channel, int f, Point3 tangents[2]) const {
         v[c] = points_[size_t(face.v[c])];
     }
     return ComputeBumpVec2D(tv, v, tangents);
+}
+
+Point3 MeshInstance::MappingChange(int channel, int f, const Point3& d) const {
+    const TVFace* t = nullptr;
+    const MeshMap* const map = MappingOf(channel, f, t);
+    if (!map) return {0, 0, 0};
+    const Face& face = own_.faces[size_t(f)];
+    const Point3& corner = points_[size_t(face.v[0])];
+    const Point3 e1 = points_[size_t(face.v[1])] - corner, e2 = points_[size_t(face.v[2])] - corner;
+    // The share of either side in `d`, which lies in the face's plane.
+    const float a = DotProd(e1, e1), b = DotProd(e1, e2), c = DotProd(e2, e2);
+    const float det = a * c - b * b;
+    if (!(det > 0.0f)) return {0, 0, 0};
+    const float d1 = DotProd(d, e1), d2 = DotProd(d, e2);
+    const float u = (d1 * c - d2 * b) / det, v = (d2 * a - d1 * b) / det;
+    const Point3& from = map->tv[size_t(t->t[0])];
+    return (map->tv[size_t(t->t[1])] - from) * u + (map->tv[size_t(t->t[2])] - from) * v;
 }
 
 } // namespace host

@@ -32,6 +32,8 @@ public:
     Point3 MappingAt(int channel, int f, float u, float v) const;
     /// Camera-space tangents along u and v of a mapping channel.
     bool TangentsAt(int channel, int f, Point3 tangents[2]) const;
+    /// Change of a mapping channel's coordinates in face `f` along `d`, camera space in the face's plane.
+    Point3 MappingChange(int channel, int f, const Point3& d) const;
     int MaterialId(int f) const { return own_.faces[size_t(f)].MatID(); }
     const Box3& ObjectBox() const { return box_; }
     const Matrix3& CamToObj() const { return camToObj_; }

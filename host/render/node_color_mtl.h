@@ -1,7 +1,7 @@
 #pragma once
 // How nodes without a material look.
 
-#include "materials/blinn_shader.h"
+#include "materials/shaders.h"
 #include "sdk/inode.h"
 #include "sdk/mtl.h"
 

@@ -1,15 +1,24 @@
 #include "render/surface_context.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "render/render_context.h"
 
 namespace host {
 
+namespace {
+
+/// Where a pixel's edge sees a surface on edge, the surface is taken to be seen up to this multiple of its depth.
+constexpr float kFarthestFootprint = 100;
+
+} // namespace
+
 SurfaceContext::SurfaceContext(RenderContext& render, int x, int y)
     : render_(render), pixel_(x, y), screen_(float(x) + 0.5f, float(y) + 0.5f) {
     globContext = &render;
     ambientLight = render.AmbientLight();
+    filterMaps = 1;
 }
 
 void SurfaceContext::SetSurface(const MeshInstance& instance, const RayHit& hit, const Point3& view) {
@@ -82,6 +91,24 @@ void SurfaceContext::ScreenUV(Point2& uv, Point2& duv) {
 
 Point3 SurfaceContext::UVW(int channel) {
     return instance_ ? instance_->MappingAt(channel, hit_.face, hit_.u, hit_.v) : Point3();
+}
+
+Point3 SurfaceContext::DUVW(int channel) {
+    if (!instance_) return {0, 0, 0};
+    Point3 out;
+    for (const Point2& step : {Point2(1, 0), Point2(0, 1)}) {
+        // Where the next pixel's ray meets the face's plane.
+        Point3 from, direction;
+        render_.View().RayThrough(screen_.x + step.x, screen_.y + step.y, from, direction);
+        const float slope = DotProd(direction, faceNormal_);
+        // A ray along the plane never meets it: far away is as good as endless.
+        const float most = kFarthestFootprint * std::fabs(p_.z);
+        const float t = std::fabs(slope) > 1e-6f ? DotProd(p_ - from, faceNormal_) / slope : most;
+        const Point3 d = from + direction * (t > 0.0f ? std::min(t, most) : most) - p_;
+        const Point3 change = instance_->MappingChange(channel, hit_.face, d);
+        for (int i = 0; i < 3; ++i) out[i] = std::max(out[i], std::fabs(change[i]));
+    }
+    return out;
 }
 
 void SurfaceContext::DPdUVW(Point3 dP[3], int channel) {

@@ -45,6 +45,8 @@ public:
     void ScreenUV(Point2& uv, Point2& duv) override;
     IPoint2 ScreenCoord() override { return pixel_; }
     Point3 UVW(int channel = 1) override;
+    /// How far the coordinates run over a pixel: the larger one of a step right and a step down the picture.
+    Point3 DUVW(int channel = 1) override;
     void DPdUVW(Point3 dP[3], int channel = 1) override;
     Point3 PointTo(const Point3& p, RefFrame frame) override;
     Point3 PointFrom(const Point3& p, RefFrame frame) override;

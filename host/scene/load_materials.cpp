@@ -1,7 +1,10 @@
 // [[map]] and [[material]].
 
 #include "materials/bitmap_map.h"
+#include "materials/gradient_map.h"
+#include "materials/std_mtl.h"
 #include "scene/block_setter.h"
+#include "scene/key_check.h"
 #include "scene/load_context.h"
 
 namespace host {
@@ -18,33 +21,80 @@ T* NewObject(LoadContext& context, const SectionReader& reader, SClass_ID sid, C
     return static_cast<T*>(made);
 }
 
-void LoadBitmap(LoadContext& context, const SectionReader& reader, Texmap* map) {
-    const BlockSetter set(map);
+void LoadBitmap(LoadContext& context, const SectionReader& reader, Texmap* map, const BlockSetter& set) {
     set("raw", reader.Flag("raw") ? 1 : 0);
-    set("repeat", reader.Flag("repeat") ? 1 : 0);
+    set("wrapU", reader.Choice("wrap_u"));
+    set("wrapV", reader.Choice("wrap_v"));
+    set("filter", reader.Choice("filter"));
     const std::string file = context.FindFile(reader.Required("file"), reader.LineOf("file"));
     set("file", file);
     const auto* const bitmap = dynamic_cast<BitmapMap*>(map);
     if (bitmap && !bitmap->LoadError().empty()) reader.FailAtKey("file", bitmap->LoadError());
 }
 
-void LoadMap(LoadContext& context, const SectionReader& reader) {
-    const bool checker = reader.Choice("type") == 1;
-    auto* const map = NewObject<Texmap>(context, reader, TEXMAP_CLASS_ID, checker ? CHECKER_CLASS_ID : BMTEX_CLASS_ID);
-    const BlockSetter set(map);
-    set("channel", reader.Integer("channel"));
+void LoadNoise(const SectionReader& reader, const BlockSetter& set) {
+    set("noiseType", reader.Choice("noise"));
+    for (const char* const key : {"size", "levels", "low", "high", "phase"}) set(key, reader.Number(key));
+}
+
+void LoadGradient(const SectionReader& reader, const BlockSetter& set) {
+    set("gradientType", reader.Choice("gradient"));
+    set("interpolation", reader.Choice("interpolation"));
+    set("wrap", reader.Choice("wrap_u"));
+    const std::vector<std::vector<float>> keys = reader.Rows("keys");
+    if (keys.empty() || keys.size() > size_t(GradientMap::kMostKeys))
+        reader.FailAtKey("keys", "a gradient has " + std::to_string(keys.size()) + " keys, expected 1 to " +
+                                     std::to_string(GradientMap::kMostKeys));
+    set("keys", int(keys.size()));
+    for (size_t i = 0; i < keys.size(); ++i) {
+        const std::vector<float>& key = keys[i];
+        if (key.size() != 4 || key[0] < 0 || key[0] > 1)
+            reader.FailAtKey("keys", "key " + std::to_string(i + 1) +
+                                         " of a gradient is no place from 0 to 1 with a colour, expected [place, red, "
+                                         "green, blue]");
+        set(("position" + std::to_string(i + 1)).c_str(), key[0]);
+        set(("color" + std::to_string(i + 1)).c_str(), Point3(key[1], key[2], key[3]));
+    }
+}
+
+void SetCoords(const SectionReader& reader, const BlockSetter& set) {
     set("source", reader.Choice("projection"));
+    set("rotation", reader.Number("rotation"));
     const auto tile = reader.Pair("tile"), offset = reader.Pair("offset");
     set("tileU", tile[0]);
     set("tileV", tile[1]);
     set("offsetU", offset[0]);
     set("offsetV", offset[1]);
-    if (checker) {
-        set("color1", reader.Point("color1"));
-        set("color2", reader.Point("color2"));
-    } else {
-        LoadBitmap(context, reader, map);
-    }
+}
+
+void SetOutput(const SectionReader& map, const BlockSetter& set) {
+    const TomlValue* const table = map.Raw("output");
+    if (!table) return;
+    const SectionReader reader(map.File(), *FindSceneSection("output"), *table);
+    set("invert", reader.Flag("invert") ? 1 : 0);
+    set("clamp", reader.Flag("clamp") ? 1 : 0);
+    for (const char* const key : {"level", "offset", "amount"}) set(key, reader.Number(key));
+}
+
+enum MapKind { kBitmap, kChecker, kNoise, kGradient, kVertexColor }; // as the key's choices
+
+void LoadMap(LoadContext& context, const SectionReader& reader) {
+    constexpr Class_ID kClasses[] = {BMTEX_CLASS_ID, CHECKER_CLASS_ID, NOISE_CLASS_ID, GRADIENT_RAMP_CLASS_ID,
+                                     VERTEX_COLOR_CLASS_ID};
+    const int kind = reader.Choice("type");
+    auto* const map = NewObject<Texmap>(context, reader, TEXMAP_CLASS_ID, kClasses[kind]);
+    const BlockSetter set(map);
+    if (reader.Has("channel")) set("channel", reader.Integer("channel"));
+    SetOutput(reader, set);
+    if (kind == kVertexColor)
+        set("part", reader.Choice("component"));
+    else
+        SetCoords(reader, set);
+    if (kind == kBitmap) LoadBitmap(context, reader, map, set);
+    if (kind == kNoise) LoadNoise(reader, set);
+    if (kind == kGradient) LoadGradient(reader, set);
+    if (kind == kChecker || kind == kNoise)
+        for (const char* const key : {"color1", "color2"}) set(key, reader.Point(key));
     context.maps[map->GetName()] = map;
 }
 
@@ -52,28 +102,66 @@ struct ChannelName {
     const char* key;
     StdMatChannel channel;
 };
-constexpr ChannelName kChannels[] = {{"diffuse", ID_DI},        {"specular", ID_SP},          {"glossiness", ID_SH},
-                                     {"specular_level", ID_SS}, {"self_illumination", ID_SI}, {"opacity", ID_OP}};
+constexpr ChannelName kChannels[] = {
+    {"ambient", ID_AM},        {"diffuse", ID_DI},           {"specular", ID_SP}, {"glossiness", ID_SH},
+    {"specular_level", ID_SS}, {"self_illumination", ID_SI}, {"opacity", ID_OP},  {"bump", ID_BU}};
+
+StdMatChannel ChannelNamed(const SectionReader& reader, int line, const std::string& key) {
+    std::vector<std::string> known;
+    for (const ChannelName& c : kChannels) {
+        if (key == c.key) return c.channel;
+        known.emplace_back(c.key);
+    }
+    FailAt(reader.File(), line, "no map can replace " + Quoted(key) + ", expected " + JoinChoices(known));
+}
 
 void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
-    const TomlValue* const maps = reader.Raw("maps");
-    if (!maps) return;
-    for (const auto& [key, value] : maps->entries) {
-        const ChannelName* found = nullptr;
-        std::vector<std::string> known;
-        for (const ChannelName& c : kChannels) {
-            known.emplace_back(c.key);
-            if (key == c.key) found = &c;
+    IParamBlock2* const block = mtl->GetParamBlock(0);
+    if (const TomlValue* const maps = reader.Raw("maps"))
+        for (const auto& [key, value] : maps->entries) {
+            const StdMatChannel channel = ChannelNamed(reader, value.line, key);
+            mtl->SetSubTexmap(channel, context.At(value.line, [&] { return context.MapNamed(value.text); }));
         }
-        if (!found)
-            FailAt(reader.File(), value.line, "no map can replace " + Quoted(key) + ", expected " + JoinChoices(known));
-        mtl->SetSubTexmap(found->channel, context.At(value.line, [&] { return context.MapNamed(value.text); }));
+    if (const TomlValue* const amounts = reader.Raw("map_amounts"))
+        for (const auto& [key, value] : amounts->entries) {
+            const StdMatChannel channel = ChannelNamed(reader, value.line, key);
+            const bool fits = value.IsNumber() && (channel == ID_BU || (value.number >= 0 && value.number <= 1));
+            if (!fits)
+                FailAt(reader.File(), value.line,
+                       "the amount of " + Quoted(key) + " is " + DescribeToml(value) + ", expected a number" +
+                           (channel == ID_BU ? "" : " from 0 to 1"));
+            block->SetValue(ParamID(kStdMapAmount + int(channel)), 0, float(value.number));
+        }
+    for (const std::string& key : reader.Names("maps_off"))
+        block->SetValue(ParamID(kStdMapOn + int(ChannelNamed(reader, reader.LineOf("maps_off"), key))), 0, 0);
+}
+
+// The shader of that name in the material's slot, with its own parameters. The host's own answer to short names.
+void SetShader(LoadContext& context, const SectionReader& reader, StdMtl* mtl) {
+    const std::string name = reader.Text("shader");
+    const int line = reader.LineOf("shader");
+    ClassDesc* found = nullptr;
+    std::vector<std::string> known;
+    for (ClassDesc* const desc : context.core.Classes().All()) {
+        if (desc->SuperClassID() != SHADER_CLASS_ID) continue;
+        known.emplace_back(desc->InternalName() ? desc->InternalName() : desc->ClassName());
+        if (SameParamName(known.back(), name) || SameParamName(desc->ClassName(), name)) found = desc;
     }
+    if (!found) FailAt(reader.File(), line, "unknown shader " + Quoted(name) + ", expected " + JoinChoices(known));
+    auto* const shader = static_cast<Shader*>(context.core.CreateInstance(SHADER_CLASS_ID, found->ClassID()));
+    if (!shader) FailAt(reader.File(), line, "shader " + Quoted(name) + " cannot be made here, expected another one");
+    mtl->SwitchShader(shader);
+    const TomlValue* const params = reader.Raw("shader_set");
+    if (!params) return;
+    for (const auto& [key, value] : params->entries)
+        context.At(value.line,
+                   [&] { SetParam(FindParam(shader, name, key), value, 0, context.core.GetTicksPerFrame(), context); });
 }
 
 void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
     const BlockSetter set(mtl);
     set("lockAmbient", reader.Has("ambient") ? 0 : 1);
+    set("twoSided", reader.Flag("two_sided") ? 1 : 0);
     for (const char* const key : {"ambient", "diffuse", "specular"})
         if (reader.Has(key)) set(key, reader.Point(key));
     const std::pair<const char*, const char*> numbers[] = {{"glossiness", "glossiness"},
@@ -82,7 +170,13 @@ void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
                                                            {"opacity", "opacity"}};
     for (const auto& [key, name] : numbers)
         if (reader.Has(key)) set(name, reader.Number(key));
+    if (reader.Has("self_illumination_color")) {
+        set("useSelfIllumColor", 1);
+        set("selfIllumColor", reader.Point("self_illumination_color"));
+    }
     SetMaterialMaps(context, reader, mtl);
+    auto* const standard = dynamic_cast<StdMtl*>(mtl);
+    if (standard && (reader.Has("shader") || reader.Has("shader_set"))) SetShader(context, reader, standard);
 }
 
 void LoadMaterial(LoadContext& context, const SectionReader& reader) {

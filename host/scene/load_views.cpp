@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "core/camera.h"
+#include "core/euler.h"
 #include "core/light.h"
 #include "scene/load_context.h"
 
@@ -21,10 +22,14 @@ Node* NewNode(LoadContext& context, const SectionReader& reader, Object* object)
     return node;
 }
 
-// A camera or light sits at `position` and looks at `target`, where a node follows keys when `follow` is on.
-void Place(LoadContext& context, const SectionReader& reader, Node* node, bool follow) {
+// A camera or light sits at `position` and looks at `target`, where a node follows keys when `follow` is on; `turned`:
+// without a target it has a rotation.
+void Place(LoadContext& context, const SectionReader& reader, Node* node, bool follow, bool turned) {
     const Point3 position = reader.Point("position");
-    if (!reader.Has("target")) return node->SetNodeTM(0, TransMatrix(position));
+    if (!reader.Has("target")) {
+        const Matrix3 turn = turned ? EulerMatrix(reader.Point("rotation")) : Matrix3();
+        return node->SetNodeTM(0, turn * TransMatrix(position));
+    }
     const Point3 target = reader.Point("target");
     if (position == target) reader.FailAtKey("target", "'target' is where 'position' is, expected another point");
     if (!follow) return node->SetNodeTM(0, LookAtMatrix(position, target));
@@ -44,9 +49,20 @@ void SetClip(const SectionReader& reader, IParamBlock2* block) {
     block->SetValue(kCamYon, 0, yon);
 }
 
+void SetEnvironmentRange(const SectionReader& reader, IParamBlock2* block) {
+    const float from = reader.Number("environment_near"), to = reader.Number("environment_far");
+    if (!(to > from))
+        reader.FailAtKey("environment_far",
+                         "'environment_far' is not beyond 'environment_near', expected a larger number");
+    block->SetValue(kCamNearRange, 0, from);
+    block->SetValue(kCamFarRange, 0, to);
+}
+
 void LoadCamera(LoadContext& context, const SectionReader& reader) {
-    auto* const camera = context.core.Adopt(new TargetCamera);
-    const bool ortho = reader.Choice("type") == 1;
+    const bool ortho = reader.Choice("type") == 1, aims = reader.Has("target");
+    if (aims && reader.Has("rotation"))
+        reader.FailAtKey("rotation", "both 'target' and 'rotation', expected one of them");
+    auto* const camera = context.core.Adopt(aims && !ortho ? new TargetCamera : new FreeCamera);
     Node* const node = NewNode(context, reader, camera);
     IParamBlock2* const block = camera->Params();
     if (ortho) {
@@ -56,16 +72,43 @@ void LoadCamera(LoadContext& context, const SectionReader& reader) {
         block->SetValue(kCamTargetDist, 0, reader.Number("zoom") / 2.0f);
     } else {
         block->SetValue(kCamFov, 0, float(double(reader.Number("fov")) * std::numbers::pi / 180.0));
-        if (reader.Has("target"))
-            block->SetValue(kCamTargetDist, 0, Length(reader.Point("target") - reader.Point("position")));
+        if (aims) block->SetValue(kCamTargetDist, 0, Length(reader.Point("target") - reader.Point("position")));
     }
+    block->SetValue(kCamRoll, 0, float(double(reader.Number("roll")) * std::numbers::pi / 180.0));
     SetClip(reader, block);
-    Place(context, reader, node, !ortho);
+    SetEnvironmentRange(reader, block);
+    Place(context, reader, node, !ortho, true);
 }
 
 void SetNodeList(LoadContext& context, const SectionReader& reader, const char* key, IParamBlock2* block) {
     for (const std::string& name : reader.Names(key))
         block->Append(kLightExclude, context.At(reader.LineOf(key), [&] { return context.NodeNamed(name); }));
+}
+
+// [start, end] of an attenuation, which switches it on.
+void SetAttenuation(const SectionReader& reader, const char* key, IParamBlock2* block, ParamID on, ParamID start,
+                    ParamID end) {
+    if (!reader.Has(key)) return;
+    const auto [from, to] = reader.Pair(key);
+    if (from < 0 || to < from)
+        reader.FailAtKey(key, Quoted(key) + " ends before it starts or starts below 0, expected [start, end]");
+    block->SetValue(on, 0, 1);
+    block->SetValue(start, 0, from);
+    block->SetValue(end, 0, to);
+}
+
+void SetFading(const SectionReader& reader, IParamBlock2* block) {
+    SetAttenuation(reader, "near_attenuation", block, kLightNearOn, kLightNearStart, kLightNearEnd);
+    SetAttenuation(reader, "far_attenuation", block, kLightFarOn, kLightFarStart, kLightFarEnd);
+    block->SetValue(kLightDecay, 0, reader.Choice("decay"));
+    block->SetValue(kLightDecayStart, 0, reader.Number("decay_start"));
+}
+
+void SetShadows(const SectionReader& reader, IParamBlock2* block) {
+    block->SetValue(kLightShadows, 0, reader.Flag("shadows") ? 1 : 0);
+    block->SetValue(kLightShadowMultiplier, 0, reader.Number("shadow_multiplier"));
+    block->SetValue(kLightShadowColor, 0, reader.ColorOf("shadow_color"));
+    block->SetValue(kLightShadowBias, 0, reader.Number("shadow_bias"));
 }
 
 void LoadLight(LoadContext& context, const SectionReader& reader) {
@@ -83,8 +126,10 @@ void LoadLight(LoadContext& context, const SectionReader& reader) {
             reader.FailAtKey(key, Quoted(key) + " is too wide for a spot light, expected at most 179.5 degrees");
         block->SetValue(id, 0, reader.Number(key));
     }
-    block->SetValue(kLightShadows, 0, reader.Flag("shadows") ? 1 : 0);
-    block->SetValue(kLightShadowMultiplier, 0, reader.Number("shadow_multiplier"));
+    block->SetValue(kLightShape, 0, reader.Choice("shape"));
+    block->SetValue(kLightAspect, 0, reader.Number("aspect"));
+    SetFading(reader, block);
+    SetShadows(reader, block);
     block->SetValue(kLightAffectDiffuse, 0, reader.Flag("affect_diffuse") ? 1 : 0);
     block->SetValue(kLightAffectSpecular, 0, reader.Flag("affect_specular") ? 1 : 0);
     block->SetValue(kLightAmbientOnly, 0, reader.Flag("ambient_only") ? 1 : 0);
@@ -93,7 +138,7 @@ void LoadLight(LoadContext& context, const SectionReader& reader) {
     SetNodeList(context, reader, "exclude", block);
     SetNodeList(context, reader, "include", block);
     block->SetValue(kLightInclude, 0, reader.Has("include") ? 1 : 0);
-    Place(context, reader, node, true);
+    Place(context, reader, node, true, false);
 }
 
 } // namespace

@@ -81,8 +81,14 @@ inline constexpr Class_ID MULTI_CLASS_ID{0x200, 0};           ///< multi/sub-obj
 inline constexpr Class_ID DMTL_CLASS_ID{0x2, 0};              ///< standard material
 inline constexpr Class_ID BMTEX_CLASS_ID{0x240, 0};           ///< bitmap map
 inline constexpr Class_ID CHECKER_CLASS_ID{0x200, 0};         ///< checker map
+inline constexpr Class_ID NOISE_CLASS_ID{0x234, 0};           ///< noise map
+inline constexpr Class_ID GRADIENT_RAMP_CLASS_ID{0x235, 0};   ///< gradient ramp map
+inline constexpr Class_ID VERTEX_COLOR_CLASS_ID{0x236, 0};    ///< vertex colour map
+inline constexpr Class_ID BLINN_SHADER_CLASS_ID{0x38, 0};     ///< shader slot: Blinn's highlight
+inline constexpr Class_ID PHONG_SHADER_CLASS_ID{0x36, 0};     ///< shader slot: Phong's highlight
 inline constexpr Class_ID SREND_CLASS_ID{0x1, 0};             ///< default scanline renderer
 inline constexpr Class_ID LOOKAT_CAM_CLASS_ID{0x1001, 0};     ///< target camera
+inline constexpr Class_ID SIMPLE_CAM_CLASS_ID{0x1002, 0};     ///< free camera
 inline constexpr Class_ID OMNI_LIGHT_CLASS_ID{0x1011, 0};
 inline constexpr Class_ID SPOT_LIGHT_CLASS_ID{0x1012, 0};
 inline constexpr Class_ID DIR_LIGHT_CLASS_ID{0x1013, 0};

@@ -173,6 +173,7 @@ struct CameraState {
     bool manualClip = false;
     float hither = 1.0f, yon = 1000.0f;         ///< clip range, used when manualClip is set
     float nearRange = 0.0f, farRange = 1000.0f; ///< environment ranges
+    float roll = 0.0f; ///< turn about the view axis in radians, clockwise as the camera sees itself
 };
 
 class CameraObject : public Object {
@@ -183,6 +184,9 @@ public:
 
 enum LightType { OMNI_LGT, SPOT_LGT, DIRECT_LGT, AMBIENT_LGT };
 
+/// How a light fades with distance, by the ratio of the decay's start to the distance.
+enum LightDecay { DECAY_NONE, DECAY_INVERSE, DECAY_INVERSE_SQUARE };
+
 /// A light at a time.
 struct LightState {
     LightType type = OMNI_LGT;
@@ -190,6 +194,13 @@ struct LightState {
     float intens = 1;
     float hotsize = 43, fallsize = 45; ///< cone angles in degrees (spot) or radii (direct)
     bool on = true, shadow = false, affectDiffuse = true, affectSpecular = true, ambientOnly = false;
+    bool rectangular = false; ///< the cone's or cylinder's cross section
+    float aspect = 1;         ///< of a rectangle: width by height; hotsize and fallsize are its width's
+    bool useNearAtten = false, useFarAtten = false;
+    float nearAttenStart = 0, nearAttenEnd = 40; ///< no light before the start, full light from the end on
+    float farAttenStart = 80, farAttenEnd = 200; ///< full light up to the start, none beyond the end
+    LightDecay decay = DECAY_NONE;
+    float decayStart = 40; ///< distance of full light
 };
 
 class ShadowType;

@@ -21,6 +21,9 @@ class IRenderElement;
 
 inline constexpr int MAX_RENDER_ELEMENTS = 32;
 
+/// Flag of a ShadeOutput: there is no surface here, e.g. on the back of a one-sided one.
+inline constexpr uint32_t SHADEOUT_NOTHING = 1;
+
 /// A material's answer.
 class ShadeOutput {
 public:
@@ -56,6 +59,8 @@ public:
                             float& diffuseCoef) {
         return false;
     }
+    /// Where the light stands, camera space; the origin for a light without a place.
+    virtual Point3 LightPosition() { return {0, 0, 0}; }
     /// Simple form: colour, direction and cosine only.
     virtual bool Illuminate(ShadeContext& sc, const Point3& normal, Color& color, Point3& dir, float& dot_nl) {
         float diffuseCoef = 1;
@@ -84,6 +89,8 @@ public:
     ShadeOutput out;
 
     virtual ~ShadeContext() = default;
+    /// Whose question this is, for shaders that answer some of them differently.
+    virtual Class_ID ClassID() { return Class_ID(0, 0); }
     virtual LightDesc* Light(int n) { return nullptr; }
     virtual TimeValue CurTime() = 0;
     virtual int NodeID() { return -1; }

@@ -10,6 +10,7 @@
 #include "image/write_picture.h"
 #include "materials/bitmap_map.h"
 #include "materials/checker_map.h"
+#include "materials/map_wrap.h"
 #include "render/frame.h"
 
 namespace host {
@@ -90,6 +91,10 @@ protected:
         sc_.uvw = {u, v, 0};
         return map_.EvalColor(sc_);
     }
+    void SetWrap(int wrap) {
+        map_.Params()->SetValue(kBitmapWrapU, 0, wrap);
+        map_.Params()->SetValue(kBitmapWrapV, 0, wrap);
+    }
     std::string path_;
     BitmapMap map_;
     FlatContext sc_;
@@ -112,10 +117,10 @@ TEST_F(BitmapMapTest, BetweenCentresItIsBilinear) {
 TEST_F(BitmapMapTest, RepeatsOrGoesOnAtItsBorder) {
     EXPECT_EQ(At(1.25f, -0.25f), At(0.25f, 0.75f));
     EXPECT_EQ(At(0, 0.75f), AColor(0.5f, 0.5f, 0, 1)); // half its neighbour across the seam
-    map_.Params()->SetValue(kBitmapRepeat, 0, 0);
+    SetWrap(kWrapClamp);
     EXPECT_EQ(At(0, 0.75f), AColor(1, 0, 0, 1));
     EXPECT_EQ(At(7, -3), AColor(1, 1, 1, 1));
-    map_.Params()->SetValue(kBitmapRepeat, 0, 1);
+    SetWrap(kWrapRepeat);
     map_.Params()->SetValue(kMapTileU, 0, 2.0f);
     EXPECT_EQ(At(0.125f, 0.75f), AColor(1, 0, 0, 1));
     EXPECT_EQ(At(0.375f, 0.75f), AColor(0, 1, 0, 1));
@@ -123,12 +128,76 @@ TEST_F(BitmapMapTest, RepeatsOrGoesOnAtItsBorder) {
 
 TEST_F(BitmapMapTest, WildCoordinatesAreHarmless) {
     for (const float u : {1e9f, -1e9f, 1e30f, INFINITY, NAN}) {
-        for (const int repeat : {0, 1}) {
-            map_.Params()->SetValue(kBitmapRepeat, 0, repeat);
-            const AColor c = At(u, u);
-            EXPECT_GE(c.a, 0.5f);
-        }
+        for (const int wrap : {kWrapRepeat, kWrapMirror, kWrapClamp})
+            for (const int filter : {kFilterNone, kFilterPyramid, kFilterSummedArea})
+                for (const float across : {0.0f, 0.3f, 1e30f}) {
+                    SetWrap(wrap);
+                    map_.Params()->SetValue(kBitmapFilter, 0, filter);
+                    sc_.duvw = {across, across, 0};
+                    EXPECT_GE(At(u, u).a, 0.499f) << u << " " << wrap << " " << filter << " " << across;
+                }
     }
+}
+
+TEST_F(BitmapMapTest, MirrorImagesAlternate) {
+    SetWrap(kWrapMirror);
+    for (const float u : {0.1f, 0.25f, 0.4f, 0.6f, 0.97f})
+        for (const float v : {0.2f, 0.75f}) {
+            for (const float mirrored : {-u, 2 - u}) {
+                const AColor a = At(mirrored, v), b = At(u, v);
+                EXPECT_NEAR(a.r, b.r, 1e-5f);
+                EXPECT_NEAR(a.g, b.g, 1e-5f);
+                EXPECT_NEAR(a.b, b.b, 1e-5f);
+            }
+        }
+    EXPECT_EQ(At(1.25f, 0.75f), AColor(0, 1, 0, 1)); // green lies next to green
+    EXPECT_EQ(At(0, 0.75f), AColor(1, 0, 0, 1));     // no blend across the seam
+}
+
+TEST_F(BitmapMapTest, FiltersGiveMeansOfRegions) {
+    for (const int filter : {kFilterPyramid, kFilterSummedArea}) {
+        map_.Params()->SetValue(kBitmapFilter, 0, filter);
+        sc_.duvw = {1, 1, 0};
+        const AColor whole = At(0.3f, 0.7f); // one repetition, wherever it lies
+        EXPECT_NEAR(whole.r, 0.5f, 1e-5f);
+        EXPECT_NEAR(whole.g, 0.5f, 1e-5f);
+        EXPECT_NEAR(whole.b, 0.5f, 1e-5f);
+        EXPECT_NEAR(whole.a, 0.875f, 1e-5f);
+        sc_.duvw = {0.5f, 0.5f, 0}; // a pixel of the picture: as without filter
+        EXPECT_NEAR(At(0.25f, 0.75f).r, 1, 1e-5f);
+        EXPECT_NEAR(At(0.25f, 0.75f).g, 0, 1e-5f);
+        sc_.filterMaps = 0;
+        sc_.duvw = {1, 1, 0};
+        EXPECT_EQ(At(0.25f, 0.75f), AColor(1, 0, 0, 1));
+        sc_.filterMaps = 1;
+    }
+    // A flat region: the summed area knows that it is wide and low, the pyramid does not.
+    sc_.duvw = {1, 0.5f, 0};
+    EXPECT_NEAR(At(0.5f, 0.75f).r, 0.5f, 1e-5f);
+    EXPECT_NEAR(At(0.5f, 0.75f).b, 0, 1e-5f);
+    map_.Params()->SetValue(kBitmapFilter, 0, int(kFilterPyramid));
+    EXPECT_NEAR(At(0.5f, 0.75f).b, 0.5f, 1e-5f);
+}
+
+// The mean over a rectangle against a fine sum of the picture's pixels.
+TEST_F(BitmapMapTest, SummedAreaIsTheExactMeanForEveryWrap) {
+    const Image image = LoadImage(path_, false);
+    const SummedArea sums(image);
+    for (const int wrap : {kWrapRepeat, kWrapMirror, kWrapClamp})
+        for (const float u : {-1.3f, 0.1f, 0.5f, 1.9f})
+            for (const Point2& across : {Point2(0.6f, 0.9f), Point2(2.4f, 0.7f)}) {
+                const float v = 0.35f;
+                double sum = 0;
+                const int n = 400;
+                for (int j = 0; j < n; ++j)
+                    for (int i = 0; i < n; ++i) {
+                        const float x = Wrapped(u + across.x * ((float(i) + 0.5f) / n - 0.5f), wrap);
+                        const float y = 1 - Wrapped(v + across.y * ((float(j) + 0.5f) / n - 0.5f), wrap);
+                        sum += double(image.At(std::min(int(x * 2), 1), std::min(int(y * 2), 1)).r);
+                    }
+                EXPECT_NEAR(double(sums.At(u, v, across, {wrap, wrap}).r), sum / (n * n), 5e-3)
+                    << wrap << " " << u << " " << across.x;
+            }
 }
 
 TEST_F(BitmapMapTest, AMissingFileSaysSoAndIsBlack) {

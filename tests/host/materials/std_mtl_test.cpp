@@ -148,7 +148,7 @@ TEST(StdMtl, MapsReplaceTheirChannels) {
 TEST(StdMtl, ChannelsWithoutMapsTakeNone) {
     StdMtl m;
     FlatMap map({1, 1, 1});
-    for (const int channel : {int(ID_AM), int(ID_FI), int(ID_BU), -1, int(ID_NUM_CHANNELS), 99}) {
+    for (const int channel : {int(ID_FI), -1, int(ID_NUM_CHANNELS), 99}) {
         m.SetSubTexmap(channel, &map);
         EXPECT_EQ(m.GetSubTexmap(channel), nullptr) << channel;
     }
@@ -230,6 +230,174 @@ TEST(StdMtl, ClonesAreIndependentButShareUncopyableMaps) {
     EXPECT_FLOAT_EQ(copy->GetXParency(0, false), 0.0f);
     EXPECT_FLOAT_EQ(m.GetXParency(0, false), 0.5f);
     copy->DeleteThis();
+}
+
+TEST(StdMtl, AmountsMixMapsWithValues) {
+    StdMtl m;
+    FlatMap blue({0, 0, 1}), bright({2, 2, 2});
+    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 0, 0));
+    m.Params()->SetValue(kStdSpecularLevel, 0, 3.0f);
+    m.SetSubTexmap(ID_DI, &blue);
+    m.SetSubTexmap(ID_SS, &bright);
+    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_DI)), 0, 0.25f);
+    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_SS)), 0, 0.5f);
+    m.Params()->SetValue(kStdGlossiness, 0, 0.0f);
+    m.Params()->SetValue(kStdSpecular, 0, Color(0, 1, 0));
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.75f, 2, 0.25f}); // level 3 x 0.5 + 1 (the map inside 0..1) x 0.5
+    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_DI)), 0, 0);
+    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_SS)), 0, 0);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {1, 3, 0});
+}
+
+TEST(StdMtl, TheAmbientMapNeedsAnUnlockedChannel) {
+    StdMtl m;
+    FlatMap blue({0, 0, 1}), red({1, 0, 0});
+    m.SetSubTexmap(ID_AM, &blue);
+    m.SetSubTexmap(ID_DI, &red);
+    FlatContext sc;
+    sc.ambientLight = {1, 1, 1};
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {1, 0, 0});
+    m.Params()->SetValue(kStdLockAmbient, 0, 0);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0, 0, 1});
+}
+
+TEST(StdMtl, SelfIlluminationByColourIsAdded) {
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.5f, 0.5f));
+    m.Params()->SetValue(kStdSelfIllumColorOn, 0, 1);
+    m.Params()->SetValue(kStdSelfIllumColor, 0, Color(0.25f, 0, 1));
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.75f, 0.5f, 1.5f});
+}
+
+TEST(StdMtl, OneSidedMaterialsAreNotThereFromBehind) {
+    StdMtl m;
+    m.Params()->SetValue(kStdTwoSided, 0, 0);
+    EXPECT_FALSE(m.GetTwoSided());
+    FlatContext sc;
+    sc.ambientLight = {1, 1, 1};
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.588f, 0.588f, 0.588f});
+    EXPECT_EQ(sc.out.flags, 0u);
+    sc.backFace = 1;
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.c, Color());
+    EXPECT_EQ(sc.out.t, Color(1, 1, 1));
+    EXPECT_EQ(sc.out.flags, SHADEOUT_NOTHING);
+    // Towards a light, the back is seen where the front faces the light.
+    sc.mode = SCMODE_SHADOW;
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.t, Color());
+    sc.backFace = 0;
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.t, Color(1, 1, 1));
+}
+
+TEST(StdMtl, HighlightOfThePhongShader) {
+    StdMtl m;
+    PhongShader phong;
+    m.SetShader(&phong);
+    m.Params()->SetValue(kStdDiffuse, 0, Color(0, 0, 0));
+    m.Params()->SetValue(kStdSpecular, 0, Color(1, 0.5f, 0));
+    m.Params()->SetValue(kStdSpecularLevel, 0, 2.0f);
+    m.Params()->SetValue(kStdGlossiness, 0, 0.3f);
+    FlatContext sc;
+    SunDesc sun({0.6f, 0, 0.8f});
+    sc.Use(&sun);
+    m.Shade(sc);
+    const float s = 2 * std::pow(0.8f, 8.0f); // the mirrored view is (0, 0, 1)
+    ExpectColor(sc.out.c, {s, 0.5f * s, 0});
+    m.SetShader(nullptr);
+}
+
+/// A shader with values of its own.
+class OwnShader : public Shader {
+public:
+    ~OwnShader() override { DeleteAllRefs(); }
+    void GetIllumParams(ShadeContext&, IllumParams& ip) override { ip.diffuse = own, ip.specLevel = 7; }
+    void Illum(ShadeContext& sc, IllumParams& ip) override {
+        ip.ambIllumOut = ip.diffuse;
+        ip.reflIllumOut = {0, 0, 1};
+        seen = ip;
+        CombineComponents(sc, ip);
+    }
+    uint32_t SupportStdParams() override { return 1; }
+    void CopyStdParams(Shader* from) override {
+        own = from->GetDiffuseClr(0);
+        glossiness = from->GetGlossiness(0);
+        locked = from->GetLockAD();
+    }
+    Color own;
+    float glossiness = -1;
+    bool locked = false;
+    IllumParams seen;
+};
+
+TEST(StdMtl, AShadersOwnValuesComeBeforeMaps) {
+    OwnShader shader;
+    FlatMap level({0.5f, 0.5f, 0.5f});
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 0.5f, 0.25f));
+    m.Params()->SetValue(kStdGlossiness, 0, 0.75f);
+    m.Params()->SetValue(kStdOpacity, 0, 0.5f);
+    m.SwitchShader(&shader);
+    EXPECT_EQ(shader.own, Color(1, 0.5f, 0.25f));
+    EXPECT_EQ(shader.glossiness, 0.75f);
+    EXPECT_TRUE(shader.locked);
+    shader.own = {0.25f, 0.5f, 0};
+    FlatContext sc;
+    m.Shade(sc);
+    EXPECT_EQ(shader.seen.specLevel, 7.0f);
+    ExpectColor(sc.out.c, {0.125f, 0.25f, 1}); // opacity counts for all but what is mirrored
+    m.SetSubTexmap(ID_SS, &level);
+    m.Shade(sc);
+    EXPECT_EQ(shader.seen.specLevel, 0.5f);
+    m.SetShader(nullptr);
+}
+
+TEST(StdMtl, ReliefsTiltTheNormalForTheScopeOfShading) {
+    /// A slope of 3/4 along x.
+    class Slope : public Texmap {
+    public:
+        ~Slope() override { DeleteAllRefs(); }
+        AColor EvalColor(ShadeContext&) override { return {}; }
+        Point3 EvalNormalPerturb(ShadeContext&) override { return {-0.75f, 0, 0}; }
+    } slope;
+    StdMtl m;
+    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 1, 1));
+    m.SetSubTexmap(ID_BU, &slope);
+    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_BU)), 0, 1.0f);
+    FlatContext sc;
+    SunDesc sun({0, 0, 1});
+    sc.Use(&sun);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.8f, 0.8f, 0.8f});
+    EXPECT_EQ(sc.normal, Point3(0, 0, 1));
+    SunDesc left({-1, 0, 0});
+    sc.lights = {&left};
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0.6f, 0.6f, 0.6f});
+    sc.backFace = 1; // from behind the slope runs the other way
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0, 0, 0});
+    sc.backFace = 0;
+    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_BU)), 0, -1.0f);
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {0, 0, 0});
+    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_BU)), 0, 0);
+    sc.lights = {&sun};
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {1, 1, 1});
 }
 
 TEST(MultiMtl, PicksByFaceId) {

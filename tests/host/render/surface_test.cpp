@@ -36,10 +36,52 @@ TEST_F(SurfaceTest, CheckerColoursAtKnownPixels) {
     for (int y = 7; y < 23; ++y)
         for (int x = 12; x < 28; ++x) {
             const bool upperU = ((x - 12) / 4) % 2 == 1, upperV = y < 15;
-            EXPECT_EQ(ColorAt(x, y), upperU != upperV ? Color(0, 1, 0) : Color(1, 0, 0)) << x << " " << y;
+            ExpectColor(ColorAt(x, y), upperU != upperV ? Color(0, 1, 0) : Color(1, 0, 0), 1e-5f);
         }
     EXPECT_EQ(AlphaAt(11, 15), 0.0f);
     EXPECT_EQ(AlphaAt(28, 15), 0.0f);
+}
+
+/// Keeps the footprint at one pixel.
+class FootprintProbe : public Texmap {
+public:
+    FootprintProbe(int x, int y) : pixel_(x, y) {}
+    ~FootprintProbe() override { DeleteAllRefs(); }
+    AColor EvalColor(ShadeContext& sc) override {
+        const IPoint2 p = sc.ScreenCoord();
+        if (p.x == pixel_.x && p.y == pixel_.y) {
+            duvw = sc.DUVW(1);
+            other = sc.DUVW(5);
+        }
+        return {};
+    }
+    Point3 duvw{-1, -1, -1}, other{-1, -1, -1};
+
+private:
+    IPoint2 pixel_;
+};
+
+TEST_F(SurfaceTest, TheFootprintIsAPixelsShareOfTheMap) {
+    LookDown();
+    settings.threads = 1;
+    FootprintProbe probe(22, 17);
+    StdMtl* const material = AddMaterial({1, 1, 1});
+    material->SetSubTexmap(ID_DI, &probe);
+    Node* const plane = AddMesh("plane", PlaneMesh(4), material);
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_NEAR(probe.duvw.x, 0.5f / 8, 1e-5f); // half a unit of 8
+    EXPECT_NEAR(probe.duvw.y, 0.5f / 8, 1e-5f);
+    EXPECT_EQ(probe.other, Point3());
+    plane->SetNodeTM(0, ScaleMatrix({2, 1, 1}));
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_NEAR(probe.duvw.x, 0.5f / 16, 1e-5f);
+    EXPECT_NEAR(probe.duvw.y, 0.5f / 8, 1e-5f);
+    // In perspective a pixel at depth 10 is half a unit wide too.
+    static_cast<TargetCamera*>(core.GetINodeByName("cam")->GetObjectRef())->Params()->SetValue(kCamOrtho, 0, 0);
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_NEAR(probe.duvw.x, 0.5f / 16, 1e-4f);
+    EXPECT_NEAR(probe.duvw.y, 0.5f / 8, 1e-4f);
+    material->SetSubTexmap(ID_DI, nullptr);
 }
 
 TEST_F(SurfaceTest, MultiMaterialsByFaceId) {
@@ -99,12 +141,12 @@ TEST_F(SurfaceTest, EnvironmentMapsAreSeenBehindEverything) {
     core.SetEnvironmentMap(sky);
     ASSERT_EQ(Render(), FrameResult::kDone);
     // u and v change halves at +Y and at the horizon.
-    EXPECT_EQ(picture.GetBackground(5, 5), Color(0, 1, 0));
-    EXPECT_EQ(picture.GetBackground(35, 5), Color(1, 0, 0));
-    EXPECT_EQ(picture.GetBackground(5, 25), Color(1, 0, 0));
-    EXPECT_EQ(picture.GetBackground(35, 25), Color(0, 1, 0));
+    ExpectColor(picture.GetBackground(5, 5), Color(0, 1, 0), 1e-5f);
+    ExpectColor(picture.GetBackground(35, 5), Color(1, 0, 0), 1e-5f);
+    ExpectColor(picture.GetBackground(5, 25), Color(1, 0, 0), 1e-5f);
+    ExpectColor(picture.GetBackground(35, 25), Color(0, 1, 0), 1e-5f);
     EXPECT_EQ(AlphaAt(5, 5), 0.0f);
-    EXPECT_EQ(picture.Shown(5, 5), Color(0, 1, 0));
+    ExpectColor(picture.Shown(5, 5), Color(0, 1, 0), 1e-5f);
 }
 
 /// Answers every question with a colour and counts.

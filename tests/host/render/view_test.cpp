@@ -173,6 +173,37 @@ TEST_F(ViewTest, ScaledCameraNodesSeeTheSame) {
     for (int i = 0; i < 4; ++i) EXPECT_NEAR(Length(view.camToWorld.GetRow(i) - plain.GetRow(i)), 0, 1e-6f);
 }
 
+TEST_F(ViewTest, RollTurnsAboutTheViewAxis) {
+    TargetCamera* const camera = AddCamera({0, 0, 10}, {0, 0, 0});
+    INode* const node = core.GetINodeByName("cam");
+    const CameraView level = MakeCameraView(node, 0, 40, 30, 1);
+    camera->Params()->SetValue(kCamRoll, 0, float(M_PI / 2));
+    const CameraView rolled = MakeCameraView(node, 0, 40, 30, 1);
+    EXPECT_NEAR(Length(rolled.camToWorld.GetRow(0) + level.camToWorld.GetRow(1)), 0, 1e-6f);
+    EXPECT_NEAR(Length(rolled.camToWorld.GetRow(1) - level.camToWorld.GetRow(0)), 0, 1e-6f);
+    EXPECT_EQ(rolled.camToWorld.GetRow(2), level.camToWorld.GetRow(2));
+    // What was to the right is up now: the picture turned counter-clockwise.
+    const Point3 right = (Point3(1, 0, -5) * level.camToWorld) * rolled.worldToCam;
+    EXPECT_NEAR(right.y, 1, 1e-5f);
+    EXPECT_NEAR(right.x, 0, 1e-5f);
+}
+
+TEST_F(ViewTest, FreeCamerasLookWhereTheirNodeIsTurnedTo) {
+    auto* const camera = static_cast<FreeCamera*>(core.CreateInstance(CAMERA_CLASS_ID, SIMPLE_CAM_CLASS_ID));
+    ASSERT_NE(camera, nullptr);
+    EXPECT_EQ(camera->ClassID(), SIMPLE_CAM_CLASS_ID);
+    camera->Params()->SetValue(kCamFov, 0, 1.25f);
+    Node* const node = core.CreateNode("free", camera);
+    node->SetNodeTM(0, LookAtMatrix({0, -5, 0}, {0, 0, 0}));
+    const CameraView view = MakeCameraView(node, 0, 40, 30, 1);
+    EXPECT_NEAR(Length(Point3(0, 0, 0) * view.worldToCam - Point3(0, 0, -5)), 0, 1e-5f);
+    RemapDir remap;
+    auto* const copy = static_cast<FreeCamera*>(camera->Clone(remap));
+    EXPECT_EQ(copy->ClassID(), SIMPLE_CAM_CLASS_ID);
+    EXPECT_EQ(copy->Params()->GetFloat(kCamFov), 1.25f);
+    copy->DeleteThis();
+}
+
 TEST_F(ViewTest, CamerasAreFoundByNameOrBecauseThereIsOne) {
     EXPECT_THROW(FindCamera(core, ""), Error);
     AddCamera({0, 0, 10}, {0, 0, 0});

@@ -85,8 +85,8 @@ TEST_F(SceneErrors, FilesAndNames) {
         {"[[map]]\nname = 'a'\n", "s.toml:1: no 'file' in [[map]], expected one"},
         {"[[map]]\nname = 'a'\nfile = 'none.png'\n", "s.toml:3: no such file 'none.png', expected it at none.png"},
         {"[[material]]\nname = 'a'\nmaps = {diffus = 'b'}\n",
-         "s.toml:3: no map can replace 'diffus', expected diffuse, specular, glossiness, specular_level, "
-         "self_illumination or opacity"},
+         "s.toml:3: no map can replace 'diffus', expected ambient, diffuse, specular, glossiness, specular_level, "
+         "self_illumination, opacity or bump"},
         {"[[material]]\nname = 'a'\ntype = 'multi'\nmaterials = ['a']\n",
          "s.toml:4: material 'a' contains this one, expected others"},
         {"[[material]]\nname = 'a'\n[[material]]\nname = 'a'\n",
