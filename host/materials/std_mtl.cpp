@@ -50,7 +50,7 @@ public:
         former_ = sc.Normal();
         // A relief that stands out on one side is a hollow on the other.
         const Point3 tilt = relief->EvalNormalPerturb(sc) * (sc.backFace ? -height : height);
-        if (tilt == Point3()) return;
+        if (tilt == Point3() || !IsFinite(tilt)) return;
         tilted_ = true;
         Set(Normalize(former_ + tilt));
     }
