@@ -26,8 +26,8 @@ float PhongShader::HighlightCosine(const Point3& n, const Point3& toLight, const
 }
 
 /// Adds one light's share to the three illuminations.
-void LambertShader::AddLight(ShadeContext& sc, LightDesc& light, const Point3& n, float exponent,
-                             IllumParams& ip) const {
+inline void LambertShader::AddLight(ShadeContext& sc, LightDesc& light, const Point3& n, float exponent,
+                                    IllumParams& ip) const {
     Color color;
     Point3 toLight;
     float cosine = 0, diffuse = 0;

@@ -45,11 +45,12 @@ BlockClassDesc<StdMtl>& Desc() {
 /// Gives a context the normal of a relief for a scope.
 class TiltedNormal {
 public:
-    TiltedNormal(ShadeContext& sc, Texmap* relief, float height) : sc_(sc), former_(sc.Normal()) {
+    TiltedNormal(ShadeContext& sc, Texmap* relief, float height) : sc_(sc) {
         if (!relief || height == 0.0f) return;
+        former_ = sc.Normal();
         // A relief that stands out on one side is a hollow on the other.
         const Point3 tilt = relief->EvalNormalPerturb(sc) * (sc.backFace ? -height : height);
-        if (tilt == Point3()) return;
+        if (tilt == Point3() || !IsFinite(tilt)) return;
         tilted_ = true;
         Set(Normalize(former_ + tilt));
     }
@@ -145,6 +146,18 @@ void StdMtl::Refresh() {
         mapOn_[c] = block->GetInt(ParamID(kStdMapOn + c), t) != 0;
         mapAmount_[c] = block->GetFloat(ParamID(kStdMapAmount + c), t);
     }
+    FindActiveMaps();
+}
+
+void StdMtl::FindActiveMaps() {
+    active_ = 0;
+    for (int c = 0; c < ID_NUM_CHANNELS; ++c)
+        if (mapOn_[c] && Map(c)) active_ |= 1u << c;
+}
+
+void StdMtl::SetReference(int i, RefTargetHandle target) {
+    BlockOwner::SetReference(i, target);
+    FindActiveMaps();
 }
 
 Color StdMtl::ColorOf(ShadeContext& sc, int channel, const Color& value) const {
@@ -173,7 +186,7 @@ void StdMtl::FillIllumParams(ShadeContext& sc, IllumParams& ip) {
     const float own = values_.selfIllum;
     ip.selfIllum = values_.selfIllumColorOn ? values_.selfIllumColor : Color(own, own, own);
     if (Shader* const shader = GetShader()) shader->GetIllumParams(sc, ip);
-    ApplyMaps(sc, ip);
+    if (active_ != 0 && sc.doMaps) ApplyMaps(sc, ip);
 }
 
 void StdMtl::ApplyMaps(ShadeContext& sc, IllumParams& ip) const {

@@ -46,6 +46,7 @@ public:
     /// Ignored for channels that take no map.
     void SetSubTexmap(int channel, Texmap* map) override;
     uint32_t Requirements(int) override;
+    void SetReference(int i, RefTargetHandle target) override;
 
     /// In shadow mode (SCMODE_SHADOW) black and the transparency, without lights. Where a one-sided material shows
     /// its back: black, transparent, SHADEOUT_NOTHING.
@@ -68,10 +69,11 @@ private:
     };
     void UpdateReferences(TimeValue t, Interval& valid) override;
     void Refresh() override;
+    void FindActiveMaps();
     Texmap* Map(int channel) const { return static_cast<Texmap*>(Slot(1 + channel)); }
     /// The map that counts for the channel in a context, or null.
     Texmap* ActiveMap(const ShadeContext& sc, int channel) const {
-        return mapOn_[channel] && sc.doMaps ? Map(channel) : nullptr;
+        return (active_ >> channel & 1u) != 0 && sc.doMaps ? Map(channel) : nullptr;
     }
     Color ColorOf(ShadeContext& sc, int channel, const Color& value) const;
     float NumberOf(ShadeContext& sc, int channel, float value) const;
@@ -82,6 +84,7 @@ private:
     Values values_;
     float mapAmount_[ID_NUM_CHANNELS] = {};
     bool mapOn_[ID_NUM_CHANNELS] = {};
+    uint32_t active_ = 0; ///< bit c: channel c has a map that is on
     BlinnShader blinn_;
 };
 

@@ -81,8 +81,11 @@ AColor SummedArea::At(float u, float v, const Point2& across, const ImageWrap& w
         if (!std::isfinite(c)) return 0.0;
         return w == kWrapClamp ? std::clamp(double(c), -100.0, 100.0) : double(c) - 2 * std::floor(double(c) / 2);
     };
-    const double w = std::clamp(double(across.x), 1.0 / width_, double(kWidest));
-    const double h = std::clamp(double(across.y), 1.0 / height_, double(kWidest));
+    // Also what is no number is a pixel wide.
+    const auto wide = [](float c, int n) {
+        return double(c) > 1.0 / n ? std::min(double(c), double(kWidest)) : 1.0 / n;
+    };
+    const double w = wide(across.x, width_), h = wide(across.y, height_);
     const double x = near(u, wrap.u) - w / 2, y = 1 - near(v, wrap.v) - h / 2;
     const Sum a = UpTo(x, y, wrap), b = UpTo(x + w, y, wrap), c = UpTo(x, y + h, wrap), d = UpTo(x + w, y + h, wrap);
     float mean[4];

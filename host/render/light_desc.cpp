@@ -83,7 +83,7 @@ void HostLightDesc::UpdateViewDepParams(const Matrix3& worldToCam) {
 }
 
 // Share of the light that the cone or cylinder leaves at a point; `way` leads from there to the light.
-float HostLightDesc::CrossSection(const Point3& way, const Point3& dir) const {
+inline float HostLightDesc::CrossSection(const Point3& way, const Point3& dir) const {
     const bool spot = ls.type == SPOT_LGT;
     float at = 0;
     if (ls.rectangular) {

@@ -136,7 +136,7 @@ void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl
         block->SetValue(ParamID(kStdMapOn + int(ChannelNamed(reader, reader.LineOf("maps_off"), key))), 0, 0);
 }
 
-// The shader of that name in the material's slot, with its own parameters. The host's own answer to short names.
+// Puts the shader of that class name into the material's slot and sets its own parameters.
 void SetShader(LoadContext& context, const SectionReader& reader, StdMtl* mtl) {
     const std::string name = reader.Text("shader");
     const int line = reader.LineOf("shader");

@@ -2,24 +2,15 @@
 
 #include "sdk/noise.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include <gtest/gtest.h>
 
+#include "host/statistics.h"
+
 namespace {
 
-struct Statistics {
-    double low = 1e9, high = -1e9, sum = 0, squares = 0;
-    int count = 0;
-    void Add(float v) {
-        low = std::min(low, double(v)), high = std::max(high, double(v));
-        sum += double(v), squares += double(v) * double(v);
-        ++count;
-    }
-    double Mean() const { return sum / count; }
-    double Variance() const { return squares / count - Mean() * Mean(); }
-};
+using test::Statistics;
 
 // Steps without a common measure fill the cells evenly.
 float Step(int i, double ratio) {

@@ -130,7 +130,7 @@ TEST_F(BitmapMapTest, WildCoordinatesAreHarmless) {
     for (const float u : {1e9f, -1e9f, 1e30f, INFINITY, NAN}) {
         for (const int wrap : {kWrapRepeat, kWrapMirror, kWrapClamp})
             for (const int filter : {kFilterNone, kFilterPyramid, kFilterSummedArea})
-                for (const float across : {0.0f, 0.3f, 1e30f}) {
+                for (const float across : {0.0f, 0.3f, 1e30f, INFINITY, NAN}) {
                     SetWrap(wrap);
                     map_.Params()->SetValue(kBitmapFilter, 0, filter);
                     sc_.duvw = {across, across, 0};

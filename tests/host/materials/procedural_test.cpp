@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "flat_context.h"
+#include "host/statistics.h"
 #include "materials/checker_map.h"
 #include "materials/gradient_map.h"
 #include "materials/noise_map.h"
@@ -17,17 +18,7 @@ void ExpectColor(const Color& a, const Color& b, float tolerance = 1e-6f) {
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], tolerance) << i;
 }
 
-struct Statistics {
-    double low = 1e9, high = -1e9, sum = 0, squares = 0;
-    int count = 0;
-    void Add(double v) {
-        low = std::min(low, v), high = std::max(high, v);
-        sum += v, squares += v * v;
-        ++count;
-    }
-    double Mean() const { return sum / count; }
-    double Variance() const { return squares / count - Mean() * Mean(); }
-};
+using test::Statistics;
 
 Statistics NoiseStatistics(int type) {
     NoiseMap map;
@@ -36,8 +27,8 @@ Statistics NoiseStatistics(int type) {
     Statistics s;
     for (int i = 0; i < 200000; ++i) {
         const float k = float(i);
-        s.Add(double(map.ValueAt(
-            {std::fmod(k * 0.754877f, 200.0f), std::fmod(k * 0.569840f, 200.0f), std::fmod(k * 0.318309f, 200.0f)})));
+        s.Add(map.ValueAt(
+            {std::fmod(k * 0.754877f, 200.0f), std::fmod(k * 0.569840f, 200.0f), std::fmod(k * 0.318309f, 200.0f)}));
     }
     return s;
 }

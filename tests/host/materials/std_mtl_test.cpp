@@ -371,7 +371,8 @@ TEST(StdMtl, ReliefsTiltTheNormalForTheScopeOfShading) {
     public:
         ~Slope() override { DeleteAllRefs(); }
         AColor EvalColor(ShadeContext&) override { return {}; }
-        Point3 EvalNormalPerturb(ShadeContext&) override { return {-0.75f, 0, 0}; }
+        Point3 EvalNormalPerturb(ShadeContext&) override { return tilt; }
+        Point3 tilt{-0.75f, 0, 0};
     } slope;
     StdMtl m;
     m.Params()->SetValue(kStdDiffuse, 0, Color(1, 1, 1));
@@ -394,8 +395,12 @@ TEST(StdMtl, ReliefsTiltTheNormalForTheScopeOfShading) {
     m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_BU)), 0, -1.0f);
     m.Shade(sc);
     ExpectColor(sc.out.c, {0, 0, 0});
-    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_BU)), 0, 0);
     sc.lights = {&sun};
+    slope.tilt = {NAN, 0, 0}; // counts as flat
+    m.Shade(sc);
+    ExpectColor(sc.out.c, {1, 1, 1});
+    slope.tilt = {-0.75f, 0, 0};
+    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_BU)), 0, 0);
     m.Shade(sc);
     ExpectColor(sc.out.c, {1, 1, 1});
 }
