@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,8 +23,10 @@ struct RawWatch {
     std::string inspected;
 };
 inline RawWatch raw;
+inline std::mutex rawMutex; ///< while threads allocate
 
 inline const RawAllocator kWatched = {[](size_t size) -> void* {
+                                          const std::lock_guard guard(rawMutex);
                                           ++raw.requests;
                                           if (raw.left == 0) return nullptr;
                                           if (raw.left > 0) --raw.left;
@@ -33,6 +36,7 @@ inline const RawAllocator kWatched = {[](size_t size) -> void* {
                                           return raw.last;
                                       },
                                       [](void* memory) {
+                                          const std::lock_guard guard(rawMutex);
                                           ++raw.frees, --raw.live;
                                           raw.inspected.assign(static_cast<char*>(memory), raw.inspectSize);
                                           raw.inspectSize = 0;
