@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "render/frame.h"
 #include "session.h"
 
 namespace velmar {
@@ -14,6 +15,7 @@ struct RenderOptions {
     std::vector<int> frames{0};
     int width = -1, height = -1; ///< below 0: the scene's
     int threads = -1;            ///< below 0: the scene's
+    host::PictureRegion crop;    ///< empty: the scene's
     std::string stats;           ///< empty: none
     bool quiet = false, farm = false;
 };

@@ -75,6 +75,7 @@ private:
             c->add_option("--frames", frames_, "frames to render: A, A-B or A-BxS, separated by commas");
         frames->excludes(frame);
         c->add_option("--size", size_, "picture size, WxH");
+        c->add_option("--crop", crop_, "part of the picture, X0,Y0,X1,Y1 in pixels, without column X1 and line Y1");
         c->add_option("--threads", o.threads, "threads, 0 for as many as there are processors")
             ->check(CLI::NonNegativeNumber);
         c->add_option("--stats", o.stats, "writes numbers about the render, as JSON");
@@ -95,10 +96,18 @@ private:
         if (!size_.empty() && (std::sscanf(size_.c_str(), "%9dx%9d%n", &o.width, &o.height, &used) != 2 ||
                                size_t(used) != size_.size() || o.width < 0 || o.height < 0))
             throw CLI::ValidationError("--size '" + size_ + "', expected WxH");
+        if (!crop_.empty()) ReadCrop(o.crop);
         if (o.frames.size() > 1 && !host::HasFramePlaceholder(o.output))
             throw CLI::ValidationError("-o '" + o.output + "' has no place for the frame, expected #### or %04d in it");
         o.farm = progress_ == "farm";
         command_ = [this] { return RunRender(render_); };
+    }
+
+    void ReadCrop(host::PictureRegion& crop) const {
+        int used = 0;
+        if (std::sscanf(crop_.c_str(), "%9d,%9d,%9d,%9d%n", &crop.x0, &crop.y0, &crop.x1, &crop.y1, &used) != 4 ||
+            size_t(used) != crop_.size() || crop.Empty())
+            throw CLI::ValidationError("--crop '" + crop_ + "', expected X0,Y0,X1,Y1 with X0 < X1 and Y0 < Y1");
     }
 
     void AddInfo() {
@@ -153,7 +162,7 @@ private:
     InfoOptions info_;
     ParamsOptions params_;
     bool sceneDocs_ = false;
-    std::string frames_, size_, progress_, file_;
+    std::string frames_, size_, crop_, progress_, file_;
 };
 
 int Main(int argc, char** argv) {

@@ -42,6 +42,7 @@ public:
           progress_(MakeProgress(options.farm, options.quiet, [&session] { return Strands(session); })) {
         if (options.width >= 0) settings_.width = options.width, settings_.height = options.height;
         if (options.threads >= 0) settings_.threads = options.threads;
+        if (!options.crop.Empty()) settings_.crop = options.crop;
         host::CheckFrameSettings(session.core, settings_);
         for (const int frame : options.frames)
             if (std::abs(int64_t(frame) * session.core.GetTicksPerFrame()) > kFarthestTime)

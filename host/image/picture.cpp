@@ -78,14 +78,18 @@ void* Picture::GetChannel(uint32_t channel, ChannelType& type) {
     return it == channels_.end() ? nullptr : it->second.data();
 }
 
+const void* Picture::Channel(uint32_t channel) const {
+    const auto it = channels_.find(channel);
+    return it == channels_.end() ? nullptr : it->second.data();
+}
+
 float* Picture::Z() {
     ChannelType type;
     return static_cast<float*>(GetChannel(BMM_CHAN_Z, type));
 }
 
 const float* Picture::Z() const {
-    const auto it = channels_.find(BMM_CHAN_Z);
-    return it == channels_.end() ? nullptr : reinterpret_cast<const float*>(it->second.data());
+    return static_cast<const float*>(Channel(BMM_CHAN_Z));
 }
 
 } // namespace host

@@ -49,6 +49,8 @@ public:
     /// Channels there, as a bit set.
     uint32_t Channels() const;
     void* GetChannel(uint32_t channel, ChannelType& type) override;
+    /// The same to read; null when absent.
+    const void* Channel(uint32_t channel) const;
     /// The Z channel, row-major; null when absent.
     float* Z();
     const float* Z() const;

@@ -1,6 +1,7 @@
 #include "image/write_exr.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <OpenEXR/ImfChannelList.h>
@@ -11,6 +12,8 @@
 #include <OpenEXR/ImfStandardAttributes.h>
 #include <OpenEXR/ImfStringAttribute.h>
 #include <OpenEXR/ImfThreading.h>
+
+#include "image/exr_layers.h"
 
 namespace host {
 
@@ -57,13 +60,15 @@ Imath::half ToHalf(float v) {
     return Imath::half(std::clamp(v, -65504.0f, 65504.0f));
 }
 
-/// Some lines of the picture in the file's types: colour, background, depth.
+/// Some lines of the picture in the file's types: colour, background, depth, layers of the G-buffer.
 struct Strip {
     Strip(const Picture& p, int lines) : width(size_t(p.Width())) {
         const size_t pixels = width * size_t(lines);
         color.resize(pixels * 4);
         background.resize(pixels * 3);
         depth.resize(pixels);
+        for (const ExrLayer& layer : ExrLayers())
+            if (p.Channel(layer.channel)) layers.emplace_back(&layer, std::vector<uint32_t>(pixels));
     }
     /// Takes over `lines` lines from line `first` on.
     void Fill(const Picture& p, int first, int lines) {
@@ -79,10 +84,16 @@ struct Strip {
             for (size_t i = 0; i < 3; ++i) background[at * 3 + i] = ToHalf(b[int(i)]);
             if (z) depth[at] = -z[x];
         }
+        for (auto& [layer, bits] : layers) {
+            const void* const data = p.Channel(layer->channel);
+            for (size_t x = 0; x < width; ++x)
+                bits[at - width + x] = layer->bits(data, size_t(y) * width + x, layer->component);
+        }
     }
     size_t width;
     std::vector<Imath::half> color, background;
     std::vector<float> depth;
+    std::vector<std::pair<const ExrLayer*, std::vector<uint32_t>>> layers;
 };
 
 struct Channel {
@@ -102,6 +113,8 @@ std::vector<Channel> Channels(const Picture& picture, Strip& strip) {
     for (size_t i = 0; i < 3 && picture.HasBackground(); ++i)
         channels.push_back({backgroundNames[i], Imf::HALF, at(strip.background, i), 3 * kHalf});
     if (picture.Z()) channels.push_back({"Z", Imf::FLOAT, at(strip.depth, 0), sizeof(float)});
+    for (auto& [layer, bits] : strip.layers)
+        channels.push_back({layer->name, layer->type, at(bits, 0), sizeof(uint32_t)});
     return channels;
 }
 

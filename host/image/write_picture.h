@@ -10,7 +10,9 @@ namespace host {
 /// Writes a picture in the form that the extension of `path` names:
 ///   .png  8 bits, sRGB-encoded, opaque: the colour over the background;
 ///   .exr  half R G B A, linear, premultiplied, without the background (which stands in background.R/G/B when there is
-///         one), and float Z, the distance along the view axis (1e30 where nothing is).
+///         one), and float Z, the distance along the view axis (1e30 where nothing is). Channels become layers:
+///         materialid, objectid, instanceid (whole numbers), coverage, color.R/G/B, transparency.R/G/B,
+///         realpixel.R/G/B, uv.u/v, N.X/Y/Z (camera space), forward.u/v (pixels until the next frame).
 /// The file is written beside its place and renamed; on failure nothing of it stays. It does not depend on `threads`.
 /// Throws Error.
 void WritePicture(const Picture& picture, const std::string& path, int threads = 1);

@@ -9,33 +9,40 @@
 #include "render/camera_sampler.h"
 #include "render/effect_progress.h"
 #include "render/frame.h"
+#include "render/gbuffer_writer.h"
 
 namespace host {
 
-/// Renders all pixels of a picture. Bands are taken from the top by whichever thread is free, so that all threads ask
-/// effects about the same region; every pixel depends on itself and its neighbours only, so the picture does not depend
-/// on the threads.
+/// Renders the pixels of a picture's region, or those of one field. Bands are taken from the top by whichever thread is
+/// free, so that all threads ask effects about the same region; every pixel depends on itself and its neighbours only,
+/// so the picture does not depend on the threads, nor a pixel on the region.
 ///
 /// A pixel takes one camera sample at its centre. Where the centres of the 3 x 3 pixels around it differ in node,
 /// material id, direction (cosine below 0.9) or colour (more than a tenth), it takes samples x samples on a regular
-/// grid instead and averages.
+/// grid instead. The reconstruction filter weighs them, and those of the pixels around; the plain one averages a
+/// pixel's own.
 ///
 /// Effects find somebody to tell their progress as long as it lives.
 class BandRenderer {
 public:
+    /// `parity`: only even (0) or odd (1) lines; -1 for all.
     BandRenderer(Core& core, RenderContext& render, const FrameSettings& settings, int threads, Picture& out,
-                 IProgressIndicator* progress);
+                 IProgressIndicator* progress, int parity = -1);
     /// False when the render was aborted. Rethrows what a thread threw.
     bool Run();
     uint64_t Samples() const { return samples_; }
     uint64_t Segments() const { return segments_; }
 
 private:
+    class Centres;
     void Work();
     bool RenderBand(CameraSampler& sampler, int band);
-    void RenderLine(CameraSampler& sampler, int y, const SurfaceSample* above, const SurfaceSample* line,
-                    const SurfaceSample* below);
+    bool RenderPlain(CameraSampler& sampler, int first, int end);
+    bool RenderFiltered(CameraSampler& sampler, int first, int end);
+    void FilterRows(CameraSampler& sampler, const Centres& centres, int y, bool own, PixelSample* rows);
+    bool InField(int y) const { return parity_ < 0 || (y & 1) == parity_; }
     PixelSample Supersample(CameraSampler& sampler, int x, int y);
+    void SampleBlock(CameraSampler& sampler, int x, int y, PixelSample* block);
     void Put(int x, int y, const PixelSample& s, const SurfaceSample& centre);
     bool Aborted();
     void BandDone(int lines);
@@ -43,9 +50,14 @@ private:
     Core& core_;
     RenderContext& render_;
     const FrameSettings& settings_;
+    const PictureRegion region_;
+    const PixelFilter filter_;
+    std::vector<PixelFilter::Taps> columns_; ///< of the region's columns, when the filter is not plain
     int threads_;
     Picture& out_;
     IProgressIndicator* progress_;
+    const int parity_;
+    const GBufferWriter channels_;
     std::atomic<int> nextBand_{0};
     std::atomic<bool> stop_{false};
     std::atomic<uint64_t> samples_{0}, segments_{0};

@@ -48,6 +48,10 @@ void RegisterRenderClasses(Core& core) {
         core.Classes().Register(desc);
 }
 
+PictureRegion RegionOf(const FrameSettings& settings) {
+    return settings.crop.Empty() ? PictureRegion{0, 0, settings.width, settings.height} : settings.crop;
+}
+
 void CheckFrameSettings(Core& core, const FrameSettings& settings) {
     const auto inside = [](int side) { return side >= 1 && side <= kMaxPictureSide; };
     if (!inside(settings.width) || !inside(settings.height))
@@ -61,6 +65,14 @@ void CheckFrameSettings(Core& core, const FrameSettings& settings) {
                     " threads, expected 0 (as many as there are processors) to 256");
     if (settings.samples < 1 || settings.samples > 16)
         throw Error("wrong number of samples " + std::to_string(settings.samples) + ", expected 1 to 16");
+    if (!(settings.filterWidth >= 1.0f && settings.filterWidth <= kMaxFilterWidth))
+        throw Error("wrong filter width " + std::to_string(settings.filterWidth) + ", expected 1 to " +
+                    std::to_string(int(kMaxFilterWidth)) + " pixels");
+    const PictureRegion& c = settings.crop;
+    if (!c.Empty() && (c.x0 < 0 || c.y0 < 0 || c.x1 > settings.width || c.y1 > settings.height))
+        throw Error("the region " + std::to_string(c.x0) + "," + std::to_string(c.y0) + "," + std::to_string(c.x1) +
+                    "," + std::to_string(c.y1) + " leaves the picture of " + std::to_string(settings.width) + " x " +
+                    std::to_string(settings.height) + " pixels, expected a part of it");
     FindCamera(core, settings.camera);
 }
 

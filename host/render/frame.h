@@ -7,9 +7,19 @@
 #include "core/core.h"
 #include "core/error.h"
 #include "image/picture.h"
+#include "render/pixel_filter.h"
 #include "sdk/progress.h"
 
 namespace host {
+
+/// A rectangle of pixels; x1 and y1 lie outside. Empty when x1 <= x0 or y1 <= y0.
+struct PictureRegion {
+    int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+    bool Empty() const { return x1 <= x0 || y1 <= y0; }
+};
+
+/// Which lines of a picture are a field of their own; the second field is half a frame later than the first.
+enum class FieldMode { kNone, kEvenFirst, kOddFirst };
 
 /// What a render is told. Background, environment map, ambient light and atmospheric effects are the scene's (Core).
 struct FrameSettings {
@@ -19,7 +29,14 @@ struct FrameSettings {
     std::string camera;            ///< a camera node's name; empty: the viewport's camera, else the scene's only one
     int threads = 0;               ///< 0: as many as there are processors; at most 256
     int samples = 3;               ///< pixels at edges take samples x samples camera samples, 1..16; others take one
+    FilterKind filter = FilterKind::kBox; ///< how samples are weighed
+    float filterWidth = 1;                ///< in pixels, 1..kMaxFilterWidth
+    PictureRegion crop; ///< what is rendered, the rest stays empty; an empty region: the whole picture
+    FieldMode fields = FieldMode::kNone;
 };
+
+/// The pixels that a render makes.
+PictureRegion RegionOf(const FrameSettings& settings);
 
 /// What a render cost.
 struct FrameStats {

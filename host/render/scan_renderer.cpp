@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <set>
 #include <thread>
+#include <vector>
 
 #include "core/render_evaluation.h"
 #include "materials/bitmap_map.h"
@@ -41,28 +43,29 @@ void UpdateLooks(Core& core, TimeValue t) {
 /// Begins the effects of a frame and ends them, whatever happens between.
 class RunningEffects {
 public:
-    explicit RunningEffects(TimeValue t) : time_(t) {}
+    RunningEffects(Core& core, TimeValue t) : time_(t) {
+        for (int i = 0; i < core.NumAtmospheric(); ++i)
+            if (core.GetAtmospheric(i)->Active(t)) Begin(core.GetAtmospheric(i));
+    }
     ~RunningEffects() {
         for (Atmospheric* const a : begun_) a->RenderEnd(time_);
     }
     RunningEffects(const RunningEffects&) = delete;
     RunningEffects& operator=(const RunningEffects&) = delete;
-    /// RenderBegin of all active effects, then Update of all.
-    void Begin(Core& core, AtmosphereChain& chain) {
-        for (int i = 0; i < core.NumAtmospheric(); ++i) {
-            Atmospheric* const a = core.GetAtmospheric(i);
-            if (!a->Active(time_)) continue;
-            begun_.push_back(a);
-            a->RenderBegin(time_);
-            chain.Add(a);
-        }
+    /// Brings the effects to a time, for the samples of a pass.
+    void Update(TimeValue t, AtmosphereChain& chain) {
         for (Atmospheric* const a : begun_) {
             Interval valid = FOREVER;
-            a->Update(time_, valid);
+            a->Update(t, valid);
+            chain.Add(a);
         }
     }
 
 private:
+    void Begin(Atmospheric* a) {
+        begun_.push_back(a);
+        a->RenderBegin(time_);
+    }
     TimeValue time_;
     std::vector<Atmospheric*> begun_;
 };
@@ -93,13 +96,51 @@ void SetUpPicture(Core& core, const FrameSettings& settings, RenderContext& rend
     RenderInfo info;
     info.projType = render.projType;
     info.xc = render.xc, info.yc = render.yc;
-    for (int field = 0; field < 2; ++field) {
-        info.xscale[field] = render.xscale;
-        info.yscale[field] = render.yscale;
-        info.camToWorld[field] = render.camToWorld;
-        info.worldToCam[field] = render.worldToCam;
+    info.fieldRender = settings.fields != FieldMode::kNone;
+    out.SetRenderInfo(info);
+}
+
+/// Where the view of a field stands; a picture without fields has the same one twice.
+void TellView(const CameraView& view, int field, Picture& out) {
+    RenderInfo info = *out.GetRenderInfo();
+    for (int i = field; i < 2; ++i) {
+        info.xscale[i] = view.xscale;
+        info.yscale[i] = view.yscale;
+        info.camToWorld[i] = view.camToWorld;
+        info.worldToCam[i] = view.worldToCam;
     }
     out.SetRenderInfo(info);
+}
+
+/// One pass over a picture: all of it, or a field.
+struct Pass {
+    int field = -1;  ///< -1: all lines; 0, 1: the first, the second field
+    int parity = -1; ///< of the lines, see BandRenderer
+};
+
+std::vector<Pass> PassesOf(const FrameSettings& settings) {
+    switch (settings.fields) {
+    case FieldMode::kEvenFirst:
+        return {{0, 0}, {1, 1}};
+    case FieldMode::kOddFirst:
+        return {{0, 1}, {1, 0}};
+    default:
+        return {{}};
+    }
+}
+
+/// Tells effects which field is made. A field's own lines lie twice as far apart: the context counts those.
+void TellField(Core& core, const FrameSettings& settings, const Pass& pass, RenderContext& render) {
+    RendParams& params = core.RenderParams();
+    params.fieldRender = pass.field >= 0;
+    params.fieldOrder = settings.fields == FieldMode::kOddFirst ? 1 : 0;
+    params.currentField = pass.field == 0 ? 1 : 0;
+    if (pass.field < 0) return;
+    render.fieldRender = true;
+    render.first_field = pass.field == 0;
+    render.field_order = params.fieldOrder != 0;
+    render.yscale *= 0.5f;
+    render.yc *= 0.5f;
 }
 
 void TellRenderParams(Core& core, const FrameSettings& settings, int threads) {
@@ -129,19 +170,32 @@ FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, IPro
     const ViewportCamera viewport(core, camera);
     UpdateLooks(core, settings.time);
 
-    RenderContext render(core, settings,
-                         MakeCameraView(camera, settings.time, settings.width, settings.height, settings.pixelAspect));
-    SetUpPicture(core, settings, render, out);
-    bool done = false;
-    {
-        BandRenderer bands(core, render, settings, stats.threads, out, progress);
-        RunningEffects effects(settings.time);
-        effects.Begin(core, render.Atmosphere());
-        if (!core.CheckForRenderAbort()) render.AddLights();
-        done = bands.Run();
-        stats.cameraSamples = bands.Samples();
-        stats.atmosphereSegments = bands.Segments();
+    bool done = true;
+    std::unique_ptr<RenderContext> render;
+    std::vector<std::unique_ptr<FrameSettings>> settingsOf;
+    std::vector<std::unique_ptr<BandRenderer>> passes; // effects may tell them their progress until they end
+    std::unique_ptr<RunningEffects> effects;           // ends while the last context stands
+    for (const Pass& pass : PassesOf(settings)) {
+        settingsOf.push_back(std::make_unique<FrameSettings>(settings));
+        FrameSettings& now = *settingsOf.back();
+        if (pass.field == 1) now.time += core.GetTicksPerFrame() / 2;
+        render.reset(); // a node has one number at a time
+        const CameraView view = MakeCameraView(camera, now.time, settings.width, settings.height, settings.pixelAspect);
+        render = std::make_unique<RenderContext>(core, now, view);
+        if (pass.field <= 0) SetUpPicture(core, settings, *render, out);
+        TellView(view, std::max(pass.field, 0), out);
+        TellField(core, settings, pass, *render);
+        if (!effects) effects = std::make_unique<RunningEffects>(core, settings.time);
+        effects->Update(now.time, render->Atmosphere());
+        if (!core.CheckForRenderAbort()) render->AddLights();
+        passes.push_back(
+            std::make_unique<BandRenderer>(core, *render, now, stats.threads, out, progress, pass.parity));
+        BandRenderer& bands = *passes.back();
+        done = bands.Run() && done;
+        stats.cameraSamples += bands.Samples();
+        stats.atmosphereSegments += bands.Segments();
     }
+    effects.reset();
     stats.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     stats.cpuSeconds = ProcessCpuSeconds() - cpuStart;
     stats.peakRssBytes = ProcessPeakRssBytes();

@@ -54,6 +54,18 @@ constexpr SceneKey kRender[] = {
     {"aspect", kNumber, "1.0", "", "a pixel's width by its height"},
     {"threads", kInteger, "0", "", "render threads, 0 for as many as there are processors"},
     {"samples", kInteger, "3", "", "pixels at edges take this number squared of camera samples"},
+    {"filter", kChoice, "\"box\"", "", "how samples make pixels", 0, 0, "box|gaussian|mitchell"},
+    {"filter_width", kNumber, "1.0", "pixels", "how far apart the samples of a pixel lie at most", 1, 16},
+    {"crop", kIntegers, "[]", "pixels",
+     "[x0, y0, x1, y1]: only this part of the picture is made, without column x1 and line y1; the rest stays empty"},
+    {"fields", kChoice, "\"none\"", "", "lines that are made half a frame later, and which of them come first", 0, 0,
+     "none|even_first|odd_first"},
+    {"channels", kNames, "[]", "",
+     "G-buffer channels to make: \"material_id\", \"node_id\", \"render_id\", \"coverage\", \"color\", "
+     "\"transparency\", \"real_pixel\", \"velocity\", \"uv\", \"normal\"; depth is always there. .exr files hold them "
+     "as layers"},
+    {"renderer_class", kIntegers, "[]", "",
+     "two numbers: another class id that the renderer shows, to try what looks at it"},
     {"hair", kParameters, "", "", "parameters of the hair renderer"},
 };
 

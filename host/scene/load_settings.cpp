@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 
+#include "render/scan_renderer.h"
 #include "scene/load_context.h"
 
 namespace host {
@@ -24,6 +26,40 @@ void SetRange(LoadContext& context, const SectionReader& reader) {
     context.scene.lastFrame = int(last);
 }
 
+PictureRegion ReadCrop(const SectionReader& reader) {
+    const std::vector<int> n = reader.Integers("crop");
+    if (n.empty()) return {};
+    const PictureRegion crop = n.size() == 4 ? PictureRegion{n[0], n[1], n[2], n[3]} : PictureRegion();
+    if (crop.Empty()) reader.FailAtKey("crop", "wrong 'crop', expected [x0, y0, x1, y1] with x0 < x1 and y0 < y1");
+    return crop;
+}
+
+uint32_t ReadChannels(const SectionReader& reader) {
+    static const std::map<std::string, uint32_t> kChannels = {
+        {"material_id", BMM_CHAN_MTL_ID}, {"node_id", BMM_CHAN_NODE_ID}, {"render_id", BMM_CHAN_NODE_RENDER_ID},
+        {"coverage", BMM_CHAN_COVERAGE},  {"color", BMM_CHAN_COLOR},     {"transparency", BMM_CHAN_TRANSP},
+        {"real_pixel", BMM_CHAN_REALPIX}, {"velocity", BMM_CHAN_VELOC},  {"uv", BMM_CHAN_UV},
+        {"normal", BMM_CHAN_NORMAL}};
+    std::vector<std::string> known;
+    for (const auto& [name, bit] : kChannels) known.push_back(name);
+    uint32_t bits = 0;
+    for (const std::string& name : reader.Names("channels")) {
+        const auto at = kChannels.find(name);
+        if (at == kChannels.end())
+            reader.FailAtKey("channels", "unknown channel " + Quoted(name) + ", expected " + JoinChoices(known));
+        bits |= at->second;
+    }
+    return bits;
+}
+
+void SetRenderer(LoadContext& context, const SectionReader& reader) {
+    const std::vector<int> id = reader.Integers("renderer_class");
+    if (id.empty()) return;
+    if (id.size() != 2) reader.FailAtKey("renderer_class", "wrong 'renderer_class', expected two whole numbers");
+    Core& core = context.core;
+    core.SetCurrentRenderer(core.Adopt(new ScanRenderer(Class_ID(uint32_t(id[0]), uint32_t(id[1])))));
+}
+
 } // namespace
 
 void LoadSettings(LoadContext& context) {
@@ -42,6 +78,12 @@ void LoadSettings(LoadContext& context) {
     settings.pixelAspect = render.Number("aspect");
     settings.threads = render.Integer("threads");
     settings.samples = render.Integer("samples");
+    settings.filter = FilterKind(render.Choice("filter"));
+    settings.filterWidth = render.Number("filter_width");
+    settings.crop = ReadCrop(render);
+    settings.fields = FieldMode(render.Choice("fields"));
+    context.core.RenderParams().gbufChannels = ReadChannels(render);
+    SetRenderer(context, render);
 }
 
 std::vector<std::string> LoadContext::PlacesOf(const std::string& name) const {

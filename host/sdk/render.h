@@ -35,7 +35,7 @@ struct RendParams {
     float devAspect = 1;
     bool fieldRender = false;
     int fieldOrder = 0;   ///< 0 even lines first, 1 odd
-    int currentField = 0; ///< 0 first, 1 second field
+    int currentField = 0; ///< 1 while the first field is made, 0 for the second
     bool videoColorCheck = false;
     int maxThreads = 0;        ///< 0 = as many as there are processors
     uint32_t gbufChannels = 0; ///< channels the render asks for

@@ -28,6 +28,23 @@ TEST_F(Render, FramesGetTheirNames) {
     EXPECT_TRUE(Exists("b03.exr"));
 }
 
+TEST_F(Render, ARegionIsRenderedAlone) {
+    EXPECT_EQ(Run({"render", "good.toml", "-o", "a.png", "--crop", "2,3,20,11", "--stats", "s.json"}).status, 0);
+    const auto stats = nlohmann::json::parse(FileText(folder_ + "/s.json"));
+    EXPECT_GE(stats["camera_samples"], 18 * 8);
+    EXPECT_LE(stats["camera_samples"], 18 * 8 * 9);
+    for (const char* const wrong : {"1,2,3", "1,2,1,9", "1,2,3,4,", "x", "0,5,9,5"}) {
+        const RunResult r = Run({"render", "good.toml", "-o", "b.png", "--crop", wrong});
+        EXPECT_EQ(r.status, 1) << wrong;
+        EXPECT_NE(r.err.find("expected X0,Y0,X1,Y1 with X0 < X1 and Y0 < Y1"), std::string::npos) << r.err;
+    }
+    const RunResult r = Run({"render", "good.toml", "-o", "b.png", "--crop", "0,0,33,24"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "velmar: error: the region 0,0,33,24 leaves the picture of 32 x 24 pixels, expected a part of "
+                     "it\n");
+    EXPECT_FALSE(Exists("b.png"));
+}
+
 TEST_F(Render, StatisticsAreOneFlatObject) {
     EXPECT_EQ(
         Run({"render", "good.toml", "-o", "a.png", "--size", "40x30", "--threads", "1", "--stats", "s.json"}).status,

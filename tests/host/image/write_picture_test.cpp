@@ -16,6 +16,7 @@
 #include "core/error.h"
 #include "folder_test.h"
 #include "image/color_encoding.h"
+#include "image/packed_normal.h"
 
 namespace host {
 namespace {
@@ -80,6 +81,38 @@ TEST_F(WritePictureTest, ExrHoldsLinearPremultipliedHalfsAndFloatDepth) {
     ASSERT_NE(in.header().findTypedAttribute<Imf::StringAttribute>("velmar:version"), nullptr);
     EXPECT_FALSE(in.header().typedAttribute<Imf::StringAttribute>("velmar:version").value().empty());
     EXPECT_EQ(Imf::framesPerSecond(in.header()), Imf::Rational(24, 1));
+}
+
+TEST_F(WritePictureTest, ExrLayersHoldTheChannels) {
+    Picture p(2, 1);
+    p.AddChannels(BMM_CHAN_MTL_ID | BMM_CHAN_NODE_ID | BMM_CHAN_COVERAGE | BMM_CHAN_COLOR | BMM_CHAN_REALPIX |
+                  BMM_CHAN_UV | BMM_CHAN_NORMAL | BMM_CHAN_VELOC);
+    ChannelType type;
+    const auto at = [&](uint32_t channel) { return p.GetChannel(channel, type); };
+    static_cast<uint8_t*>(at(BMM_CHAN_MTL_ID))[1] = 7;
+    static_cast<uint16_t*>(at(BMM_CHAN_NODE_ID))[1] = 40000;
+    static_cast<uint8_t*>(at(BMM_CHAN_COVERAGE))[1] = 255;
+    static_cast<uint8_t*>(at(BMM_CHAN_COLOR))[4] = 51; // green of the second pixel
+    static_cast<RealPixel*>(at(BMM_CHAN_REALPIX))[1] = {128, 64, 0, 130};
+    static_cast<Point2*>(at(BMM_CHAN_UV))[1] = {0.25f, -3};
+    static_cast<uint32_t*>(at(BMM_CHAN_NORMAL))[1] = PackNormal({0, 0, 1});
+    static_cast<Point2*>(at(BMM_CHAN_VELOC))[1] = {1.5f, -70000};
+    const std::string path = Path("layers.exr");
+    WritePicture(p, path, 2);
+    const std::pair<const char*, float> expected[] = {
+        {"materialid", 7},  {"objectid", 40000}, {"coverage", 1},      {"color.R", 0}, {"color.G", 0.2f},
+        {"realpixel.R", 2}, {"realpixel.G", 1},  {"uv.u", 0.25f},      {"uv.v", -3},   {"N.X", 0},
+        {"N.Z", 1},         {"forward.u", 1.5f}, {"forward.v", -70000}};
+    for (const auto& [name, value] : expected) {
+        const std::vector<float> read = ReadChannel(path, name, -9);
+        EXPECT_EQ(read[0], 0) << name;
+        EXPECT_NEAR(read[1], value, 1e-3f) << name;
+    }
+    Imf::InputFile in(path.c_str());
+    EXPECT_EQ(in.header().channels().findChannel("materialid")->type, Imf::UINT);
+    EXPECT_EQ(in.header().channels().findChannel("N.X")->type, Imf::FLOAT);
+    EXPECT_EQ(in.header().channels().findChannel("color.R")->type, Imf::HALF);
+    EXPECT_EQ(in.header().channels().findChannel("transparency.R"), nullptr);
 }
 
 TEST_F(WritePictureTest, ExrWithoutBackgroundOrDepthHasNoSuchChannels) {

@@ -62,6 +62,40 @@ TEST_F(SceneRead, SceneAndRender) {
     EXPECT_EQ(static_cast<TriObject*>(s.meshes[1].node->GetObjectRef())->mesh.verts[2], Point3(0, 0, 2));
 }
 
+TEST_F(SceneRead, HowPicturesAreSampled) {
+    const host::LoadedScene plain = Load("");
+    EXPECT_EQ(plain.render.filter, host::FilterKind::kBox);
+    EXPECT_EQ(plain.render.filterWidth, 1.0f);
+    EXPECT_TRUE(plain.render.crop.Empty());
+    EXPECT_EQ(plain.render.fields, host::FieldMode::kNone);
+    core.ResetScene();
+    const host::LoadedScene s = Load("[render]\nfilter = 'mitchell'\nfilter_width = 4.0\ncrop = [1, 2, 30, 40]\n"
+                                     "fields = 'odd_first'\nchannels = ['uv', 'velocity']\n"
+                                     "renderer_class = [0x58f67d6c, 0x4fcf3bc3]\n");
+    EXPECT_EQ(s.render.filter, host::FilterKind::kMitchell);
+    EXPECT_EQ(s.render.filterWidth, 4.0f);
+    EXPECT_EQ(s.render.crop.x0, 1);
+    EXPECT_EQ(s.render.crop.y0, 2);
+    EXPECT_EQ(s.render.crop.x1, 30);
+    EXPECT_EQ(s.render.crop.y1, 40);
+    EXPECT_EQ(s.render.fields, host::FieldMode::kOddFirst);
+    EXPECT_EQ(core.GetRendParams().gbufChannels, BMM_CHAN_UV | BMM_CHAN_VELOC);
+    ASSERT_NE(core.GetCurrentRenderer(), nullptr);
+    EXPECT_EQ(core.GetCurrentRenderer()->ClassID(), Class_ID(0x58f67d6c, 0x4fcf3bc3));
+}
+
+TEST_F(SceneRead, WrongSamplingIsRefused) {
+    EXPECT_EQ(Problem("[render]\ncrop = [1, 2, 1, 4]\n"),
+              "s.toml:2: wrong 'crop', expected [x0, y0, x1, y1] with x0 < x1 and y0 < y1");
+    EXPECT_EQ(Problem("[render]\ncrop = [1, 2, 3]\n"),
+              "s.toml:2: wrong 'crop', expected [x0, y0, x1, y1] with x0 < x1 and y0 < y1");
+    EXPECT_EQ(Problem("[render]\nrenderer_class = [1]\n"),
+              "s.toml:2: wrong 'renderer_class', expected two whole numbers");
+    EXPECT_EQ(Problem("[render]\nchannels = ['uvw']\n"),
+              "s.toml:2: unknown channel 'uvw', expected color, coverage, material_id, node_id, normal, real_pixel, "
+              "render_id, transparency, uv or velocity");
+}
+
 TEST_F(SceneRead, TheEnvironmentVariableAddsFolders) {
     Write("far/away.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     setenv("VELMAR_PATH", (":/nowhere:" + folder_ + "/far").c_str(), 1);
