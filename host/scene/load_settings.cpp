@@ -29,6 +29,7 @@ void SetRange(LoadContext& context, const SectionReader& reader) {
 void LoadSettings(LoadContext& context) {
     const SectionReader scene(context.scene.file, *FindSceneSection("scene"), TableOf(context, "scene"));
     context.search = scene.Names("search");
+    context.unit = scene.Number("unit");
     context.core.SetFrameRate(scene.Integer("fps"));
     SetRange(context, scene);
     context.core.SetBackGround(scene.ColorOf("background"));

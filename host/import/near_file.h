@@ -1,0 +1,12 @@
+#pragma once
+// Files that another file names.
+
+#include <string>
+
+namespace host {
+
+/// The path of the file `name` (a relative path, "%20" is a space when `uri`) beside `file` or in folders below it.
+/// Empty when it is not there, or when it would stand elsewhere, be it by "..", an absolute path or a link.
+std::string FileBeside(const std::string& file, const std::string& name, bool uri);
+
+} // namespace host
