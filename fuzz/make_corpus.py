@@ -140,6 +140,20 @@ def skinned():
     return g
 
 
+def bones():
+    """The skin alone, in a form that the `assimp` program hands on whole."""
+    g = skinned()
+    primitive = g.json["meshes"][0]["primitives"][0]
+    del primitive["targets"], primitive["material"]
+    for key in ("weights", "extras"):
+        del g.json["meshes"][0][key]
+    for key in ("materials", "textures", "samplers", "images"):
+        del g.json[key]
+    animation = g.json["animations"][0]
+    animation["channels"], animation["samplers"] = animation["channels"][:1], animation["samplers"][:1]
+    return g
+
+
 def views():
     """Cameras, lights, lines, strips and fans, changed elements."""
     g = Gltf()
@@ -291,14 +305,14 @@ def put(folder, name, data):
     path.write_bytes(data)
 
 
-def export(name, data, folder, extension):
+def export(name, data, folder, extension, *more):
     """Lets the `assimp` program turn a .glb file into another form."""
     if not shutil.which("assimp"):
         return
     with tempfile.TemporaryDirectory() as temp:
         source, target = pathlib.Path(temp) / "in.glb", pathlib.Path(temp) / ("out." + extension)
         source.write_bytes(data)
-        subprocess.run(["assimp", "export", source, target], check=False, stdout=subprocess.DEVNULL)
+        subprocess.run(["assimp", "export", source, target, *more], check=False, stdout=subprocess.DEVNULL)
         if target.exists():
             put(folder, name + "." + extension, target.read_bytes())
 
@@ -307,9 +321,8 @@ def main():
     for name, g in (("skinned", skinned()), ("views", views())):
         put("gltf", name + ".gltf", g.text())
         put("gltf", name + ".glb", g.binary())
-        for extension in ("fbx", "fbxa"):
-            export(name, g.binary(), "fbx", extension)
-        export(name, g.binary(), "3ds", "3ds")
+    export("bones", bones().binary(), "fbx", "fbx", "-ffbxa")
+    export("skinned", skinned().binary(), "3ds", "3ds")
     put("obj", "all.obj", OBJ)
     put("ply", "ascii.ply", PLY)
     put("ply", "little.ply", ply_binary("<"))

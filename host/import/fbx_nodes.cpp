@@ -133,16 +133,13 @@ private:
     std::vector<const aiNode*> from_; ///< of every node of the scene
 };
 
-// Ticks of a time must fit 32 bits; with some room.
-constexpr double kLatest = 4e5;
-
 template <class T, class Keys, class Make>
 Track<T> ReadTrack(const FbxFile& fbx, const Keys* keys, unsigned count, double ticks, Make&& make) {
     Track<T> track;
     for (unsigned i = 0; i < count; ++i) {
         TrackKey<T> key;
         key.time = keys[i].mTime / ticks;
-        if (!(std::fabs(key.time) < kLatest)) FailAt(fbx.file, 0, "has keys that are too far away in time");
+        if (!(std::fabs(key.time) < kLatestKey)) FailAt(fbx.file, 0, "has keys that are too far away in time");
         key.value = make(keys[i].mValue);
         if (track.keys.empty() || key.time > track.keys.back().time) track.keys.push_back(key);
     }

@@ -11,9 +11,6 @@ namespace host {
 
 namespace {
 
-// Ticks of a time must fit 32 bits; with some room.
-constexpr double kLatest = 4e5;
-
 class ChannelReader {
 public:
     ChannelReader(GltfFile& gltf, const tinygltf::Animation& animation, size_t number)
@@ -46,7 +43,7 @@ private:
                                                          : TrackKind::kLinear;
         times_ = GltfFloats(gltf_, sampler.input, 1, what_ + " times");
         for (size_t i = 0; i < times_.size(); ++i)
-            if (!(std::fabs(double(times_[i])) < kLatest) || (i > 0 && times_[i] < times_[i - 1]))
+            if (!(std::fabs(double(times_[i])) < kLatestKey) || (i > 0 && times_[i] < times_[i - 1]))
                 FailAt(gltf_.file, 0, what_ + " has times that do not ascend or are too far away");
     }
 

@@ -1,13 +1,12 @@
 #include "import/imported_scene.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
-#include <filesystem>
 
 #include "core/controllers.h"
 #include "core/nearest_name.h"
 #include "import/file_error.h"
+#include "import/near_file.h"
 
 namespace host {
 
@@ -153,16 +152,6 @@ std::vector<Matrix3> WorldMatrices(const ImportedScene& scene) {
         worlds.push_back(node.parent < 0 ? LocalMatrix(node) : LocalMatrix(node) * worlds[size_t(node.parent)]);
     return worlds;
 }
-
-namespace {
-
-std::string LowerExtension(const std::string& path) {
-    std::string ext = std::filesystem::path(path).extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    return ext;
-}
-
-} // namespace
 
 bool IsSceneFile(const std::string& path) {
     const std::string ext = LowerExtension(path);

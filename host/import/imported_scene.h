@@ -163,6 +163,8 @@ ImportedScene ImportSceneFile(const std::string& path, const std::string& animat
 
 /// How many of a thing a file may have; beyond it, importing fails.
 inline constexpr size_t kMostSceneNodes = 100'000, kMostSceneDepth = 256, kMostSceneElements = 50'000'000;
+/// Seconds from 0 that keys may have: in ticks they must fit 32 bits.
+inline constexpr double kLatestKey = 4e5;
 
 // The forms, from a file's content. Other files are looked for in the file's own folder only.
 ImportedScene ImportGltf(const std::string& file, const std::string& content, const std::string& animation = {});

@@ -1,5 +1,7 @@
 #include "import/near_file.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 namespace host {
@@ -44,6 +46,12 @@ std::string FileBeside(const std::string& file, const std::string& name, bool ur
     if (error) return {};
     const fs::path within = whole.lexically_relative(own);
     return within.empty() || *within.begin() == ".." ? std::string() : (folder / relative).string();
+}
+
+std::string LowerExtension(const std::string& path) {
+    std::string ext = std::filesystem::path(path).extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return ext;
 }
 
 } // namespace host

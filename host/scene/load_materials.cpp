@@ -67,7 +67,7 @@ void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl
         }
         if (!found)
             FailAt(reader.File(), value.line, "no map can replace " + Quoted(key) + ", expected " + JoinChoices(known));
-        mtl->SetSubTexmap(found->channel, context.At(value.line, [&] { return context.MapNamed(value.text); }));
+        mtl->SetSubTexmap(found->channel, context.At(value.line, [&, &value = value] { return context.MapNamed(value.text); }));
     }
 }
 
