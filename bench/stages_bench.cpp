@@ -38,7 +38,7 @@ public:
             float cosine, diffuse;
             if (sc.Light(i)->Illuminate(sc, sc.Normal(), c, d, cosine, diffuse)) sum += c * diffuse;
         }
-        sc.out.c = sum * Color(sc.UVW(0));
+        sc.out.c = sum * Color(0.6f, 0.45f, 0.3f);
         sc.out.t = Color();
     }
 };

@@ -19,7 +19,11 @@ struct RenderOptions {
 };
 int RunRender(const RenderOptions& options);
 
-int RunInfo(const SceneOptions& options);
+struct InfoOptions {
+    SceneOptions open;
+    bool keys = false; ///< what changes over time instead
+};
+int RunInfo(const InfoOptions& options);
 
 struct ParamsOptions {
     SceneOptions open;

@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "scene/key_check.h"
+#include "scene/key_report.h"
 #include "sdk/inode.h"
 #include "sdk/properties.h"
 
@@ -154,10 +155,22 @@ void PrintHair(Session& session, const host::LoadedHair& hair) {
     std::printf("\n");
 }
 
+void PrintKeys(Session& session) {
+    const std::vector<host::KeyedTrack> tracks = host::ListKeyedTracks(session.core, session.scene);
+    for (const host::KeyedTrack& t : tracks)
+        std::fputs(host::KeyTableText(t, session.core.GetTicksPerFrame()).c_str(), stdout);
+    if (tracks.empty()) std::printf("nothing changes over time\n");
+}
+
 } // namespace
 
-int RunInfo(const SceneOptions& options) {
+int RunInfo(const InfoOptions& info) {
+    const SceneOptions& options = info.open;
     Session session(options);
+    if (info.keys) {
+        PrintKeys(session);
+        return 0;
+    }
     const host::FrameSettings& render = session.scene.render;
     std::printf("scene %s: frames %d to %d at %d a second, picture %d x %d\n", options.scene.c_str(),
                 session.scene.firstFrame, session.scene.lastFrame, session.core.GetFrameRate(), render.width,

@@ -103,7 +103,8 @@ private:
 
     void AddInfo() {
         CLI::App* const c = Command("info", "lists nodes, meshes and hair objects");
-        AddOpenOptions(c, info_);
+        AddOpenOptions(c, info_.open);
+        c->add_flag("--keys", info_.keys, "prints everything that changes over time with its keys");
         c->callback([this] { command_ = [this] { return RunInfo(info_); }; });
     }
 
@@ -149,7 +150,7 @@ private:
     CLI::App app_{"velmar: hair and fur", "velmar"};
     std::function<int()> command_;
     RenderOptions render_;
-    SceneOptions info_;
+    InfoOptions info_;
     ParamsOptions params_;
     bool sceneDocs_ = false;
     std::string frames_, size_, progress_, file_;
@@ -180,7 +181,7 @@ int Main(int argc, char** argv) {
 int main(int argc, char** argv) {
 #if defined(__GLIBC__)
     // A picture's large arrays come and go bucket by bucket: they are given back to the system at once, not kept.
-    mallopt(M_MMAP_THRESHOLD, 64 * 1024);
+    mallopt(M_MMAP_THRESHOLD, 524288);
 #endif
     return velmar::Main(argc, argv);
 }

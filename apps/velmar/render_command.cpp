@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "commands.h"
+#include "core/notify_scope.h"
 #include "failure.h"
 #include "image/output_file.h"
 #include "image/write_picture.h"
@@ -51,6 +52,7 @@ public:
 
     int Run() {
         const auto start = Clock::now();
+        const host::NotifyScope job(session_.core, NOTIFY_PRE_RENDER, NOTIFY_POST_RENDER);
         for (size_t i = 0; i < options_.frames.size(); ++i)
             if (!RenderOne(int(i))) return kInterrupted;
         wallSeconds_ = std::chrono::duration<double>(Clock::now() - start).count();
@@ -80,7 +82,7 @@ private:
         const auto result = host::RenderFrame(core, settings_, &progress_, picture_, stats);
         if (result == host::FrameResult::kAborted || Interrupted()) return false;
         SetPhase(Phase::kWriting);
-        Work([&] { host::WritePicture(picture_, file); });
+        Work([&] { host::WritePicture(picture_, file, stats.threads); });
         AddUp(stats);
         progress_.EndFrame(file);
         return !Interrupted() || index + 1 == int(options_.frames.size());

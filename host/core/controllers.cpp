@@ -5,69 +5,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/key_track_io.h"
+#include "sdk/hold.h"
+
 namespace host {
-
-float Blend(float a, float b, float u) {
-    return a + (b - a) * u;
-}
-
-Point3 Blend(const Point3& a, const Point3& b, float u) {
-    return a + (b - a) * u;
-}
-
-Quat Blend(const Quat& a, const Quat& b, float u) {
-    float cosine = DotProd(a, b);
-    const float sign = cosine < 0 ? -1.0f : 1.0f;
-    cosine *= sign;
-    float wa = 1 - u, wb = u;
-    if (cosine < 0.9995f) {
-        // atan and sin only: their single-precision results are the same on all processors.
-        const float angle = 2.0f * std::atan(std::sqrt((1 - cosine) / (1 + cosine)));
-        const float sine = std::sin(angle);
-        wa = std::sin(wa * angle) / sine;
-        wb = std::sin(wb * angle) / sine;
-    }
-    wb *= sign;
-    return Normalize(Quat(a.x * wa + b.x * wb, a.y * wa + b.y * wb, a.z * wa + b.z * wb, a.w * wa + b.w * wb));
-}
-
-template <class T>
-void KeyTrack<T>::SetKey(const Key<T>& key) {
-    const auto at =
-        std::lower_bound(keys_.begin(), keys_.end(), key.time, [](const Key<T>& k, TimeValue t) { return k.time < t; });
-    if (at != keys_.end() && at->time == key.time)
-        *at = key;
-    else
-        keys_.insert(at, key);
-}
-
-// The stretch of equal values around key `i`.
-template <class T>
-Interval KeyTrack<T>::Stretch(size_t i) const {
-    size_t first = i, last = i;
-    while (first > 0 && Holds(first - 1) && keys_[first - 1].value == keys_[i].value) --first;
-    while (last + 1 < keys_.size() && keys_[last + 1].value == keys_[i].value && Holds(last)) ++last;
-    const TimeValue start = first == 0 ? TIME_NegInfinity : keys_[first].time;
-    if (last + 1 == keys_.size()) return {start, TIME_PosInfinity};
-    return {start, keys_[last].kind == KeyKind::Constant ? keys_[last + 1].time - 1 : keys_[last].time};
-}
-
-template <class T>
-T KeyTrack<T>::Get(TimeValue t, Interval& valid) const {
-    if (keys_.empty()) return constant_;
-    const auto after =
-        std::upper_bound(keys_.begin(), keys_.end(), t, [](TimeValue time, const Key<T>& k) { return time < k.time; });
-    const size_t i = after == keys_.begin() ? 0 : size_t(after - keys_.begin()) - 1;
-    const Key<T>& key = keys_[i];
-    if (t <= key.time || i + 1 == keys_.size() || Holds(i)) {
-        valid &= Stretch(i);
-        return key.value;
-    }
-    valid &= Interval(t, t);
-    const Key<T>& next = keys_[i + 1];
-    const double u = (double(t) - double(key.time)) / (double(next.time) - double(key.time));
-    return Blend(key.value, next.value, float(u));
-}
 
 namespace {
 
@@ -80,7 +21,100 @@ Quat Usable(const Quat& q) {
     return Normalize(q);
 }
 
+struct Named {
+    SClass_ID super;
+    Class_ID linear;
+    const char* name;
+};
+constexpr Named kNames[] = {{CTRL_FLOAT_CLASS_ID, LINEAR_FLOAT_CLASS_ID, "Float"},
+                            {CTRL_POINT3_CLASS_ID, LINEAR_POINT3_CLASS_ID, "Point3"},
+                            {CTRL_POINT4_CLASS_ID, LINEAR_POINT4_CLASS_ID, "Point4"},
+                            {CTRL_POSITION_CLASS_ID, LINEAR_POSITION_CLASS_ID, "Position"},
+                            {CTRL_ROTATION_CLASS_ID, LINEAR_ROTATION_CLASS_ID, "Rotation"},
+                            {CTRL_SCALE_CLASS_ID, LINEAR_SCALE_CLASS_ID, "Scale"}};
+
+constexpr const Named& NameOf(SClass_ID super) {
+    for (const Named& n : kNames)
+        if (n.super == super) return n;
+    return kNames[0];
+}
+
+Interval Hull(const Interval& a, const Interval& b) {
+    return {std::min(a.Start(), b.Start()), std::max(a.End(), b.End())};
+}
+
 } // namespace
+
+void KeyedControl::SetKeyClass(KeyClass keyClass) {
+    HoldValue(this, keyClass_);
+    keyClass_ = keyClass;
+}
+
+/// The whole track before a hold's first edit.
+template <class T, SClass_ID kSuper>
+class KeyControl<T, kSuper>::TrackRestore : public RestoreObj {
+public:
+    explicit TrackRestore(KeyControl* control) : control_(control), saved_(control->track_) {}
+    void Restore(int) override { Exchange(); }
+    void Redo() override { Exchange(); }
+    TSTR Description() override { return "Keys"; }
+
+private:
+    void Exchange() {
+        auto* const control = static_cast<KeyControl*>(control_.Maker());
+        if (!control) return;
+        std::swap(control->track_, saved_);
+        control->NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    }
+
+    MakerHandle control_;
+    KeyTrack<T> saved_;
+};
+
+/// The keys by number.
+template <class T, SClass_ID kSuper>
+class KeyControl<T, kSuper>::Access : public IKeyControl {
+public:
+    explicit Access(KeyControl& control) : control_(control) {}
+    int GetNumKeys() override { return control_.NumKeys(); }
+    void SetNumKeys(int n) override {
+        Edit([n](std::vector<Key>& keys) {
+            const size_t before = keys.size();
+            keys.resize(size_t(std::max(n, 0)));
+            for (size_t i = std::max<size_t>(before, 1); i < keys.size(); ++i) keys[i].time = keys[i - 1].time + 1;
+        });
+    }
+    void GetKey(int i, IKey* key) override {
+        if (IsKey(i)) *static_cast<Key*>(key) = control_.Keys()[size_t(i)];
+    }
+    void SetKey(int i, const IKey* key) override {
+        if (IsKey(i)) Edit([&](std::vector<Key>& keys) { keys[size_t(i)] = *static_cast<const Key*>(key); });
+    }
+    int AppendKey(const IKey* key) override {
+        Edit([key](std::vector<Key>& keys) { keys.push_back(*static_cast<const Key*>(key)); });
+        return control_.NumKeys() - 1;
+    }
+    void SortKeys() override {
+        control_.Change({}, [](KeyTrack<T>& track) { track.Sort(); });
+    }
+
+private:
+    bool IsKey(int i) const { return i >= 0 && size_t(i) < control_.Keys().size(); }
+    template <class F>
+    void Edit(F&& edit) {
+        control_.Change({}, [&](KeyTrack<T>& track) {
+            edit(track.Keys());
+            for (Key& key : track.Keys()) key.val = Usable(key.val);
+        });
+    }
+
+    KeyControl& control_;
+};
+
+template <class T, SClass_ID kSuper>
+KeyControl<T, kSuper>::KeyControl(const T& constant, KeyClass keyClass) : KeyedControl(keyClass) {
+    track_.SetConstant(constant);
+}
 
 template <class T, SClass_ID kSuper>
 T KeyControl<T, kSuper>::Default() {
@@ -91,81 +125,161 @@ T KeyControl<T, kSuper>::Default() {
 }
 
 template <class T, SClass_ID kSuper>
-void KeyControl<T, kSuper>::GetValue(TimeValue t, void* value, Interval& valid) {
-    *static_cast<T*>(value) = track_.Get(t, valid);
+Class_ID KeyControl<T, kSuper>::ClassID() {
+    const Class_ID linear = NameOf(kSuper).linear;
+    return GetKeyClass() == KeyClass::Linear ? linear : Class_ID(linear.PartA(), BEZIER_CLASS_PART);
+}
+
+template <class T, SClass_ID kSuper>
+void KeyControl<T, kSuper>::GetClassName(TSTR& s) {
+    s = GetKeyClass() == KeyClass::Linear ? "Linear " : "Bezier ";
+    s += NameOf(kSuper).name;
+}
+
+template <class T, SClass_ID kSuper>
+void* KeyControl<T, kSuper>::GetInterface(uint32_t id) {
+    if (id != I_KEYCONTROL) return KeyedControl::GetInterface(id);
+    if (!access_) access_ = std::make_unique<Access>(*this);
+    return access_.get();
+}
+
+template <class T, SClass_ID kSuper>
+template <class Edit>
+void KeyControl<T, kSuper>::Change(std::initializer_list<TimeValue> touched, Edit&& edit) {
+    if (HoldOnce(held_)) theHold.Put(new TrackRestore(this));
+    Interval around = touched.size() == 0 ? FOREVER : NEVER;
+    for (const TimeValue t : touched) around = Hull(around, track_.Around(t));
+    edit(track_);
+    for (const TimeValue t : touched) around = Hull(around, track_.Around(t));
+    NotifyDependents(around, PART_ALL, REFMSG_CHANGE);
 }
 
 template <class T, SClass_ID kSuper>
 void KeyControl<T, kSuper>::SetValue(TimeValue t, const void* value) {
     const T v = Usable(*static_cast<const T*>(value));
-    if (track_.IsAnimated())
-        track_.SetKey({t, v, KeyKind::Linear});
-    else
-        track_.SetConstant(v);
-    NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    if (!track_.IsAnimated()) return Change({}, [&](KeyTrack<T>& track) { track.SetConstant(v); });
+    // A key that stands there keeps its tangents.
+    Key key;
+    key.time = t;
+    key.in = key.out = NewKeyTangent();
+    if (const int at = track_.IndexOf(t); at >= 0) key = Keys()[size_t(at)];
+    key.val = v;
+    SetKey(key);
 }
 
 template <class T, SClass_ID kSuper>
-void KeyControl<T, kSuper>::SetKey(TimeValue t, const T& value, KeyKind kind) {
-    track_.SetKey({t, Usable(value), kind});
-    NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+void KeyControl<T, kSuper>::SetKey(const Key& key) {
+    Key usable = key;
+    usable.val = Usable(key.val);
+    Change({key.time}, [&](KeyTrack<T>& track) { track.SetKey(usable); });
+}
+
+template <class T, SClass_ID kSuper>
+void KeyControl<T, kSuper>::SetKey(TimeValue t, const T& value, TangentType type) {
+    Key key;
+    key.time = t;
+    key.in = key.out = type;
+    key.val = value;
+    SetKey(key);
+}
+
+template <class T, SClass_ID kSuper>
+void KeyControl<T, kSuper>::AddNewKey(TimeValue t) {
+    if (track_.IndexOf(t) >= 0) return;
+    Change({t}, [&](KeyTrack<T>& track) { track.InsertKey(t, NewKeyTangent()); });
+}
+
+template <class T, SClass_ID kSuper>
+bool KeyControl<T, kSuper>::DeleteKeyAtTime(TimeValue t) {
+    const int at = track_.IndexOf(t);
+    if (at >= 0) Change({t}, [at](KeyTrack<T>& track) { track.DeleteKey(at); });
+    return at >= 0;
 }
 
 template <class T, SClass_ID kSuper>
 void KeyControl<T, kSuper>::DeleteKeys() {
-    track_.DeleteKeys();
-    NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
+    Change({}, [](KeyTrack<T>& track) { track.Keys().clear(); });
+}
+
+template <class T, SClass_ID kSuper>
+bool KeyControl<T, kSuper>::MoveKey(TimeValue from, TimeValue to) {
+    const int at = track_.IndexOf(from);
+    if (at >= 0 && from != to) Change({from, to}, [&](KeyTrack<T>& track) { track.MoveKey(at, to); });
+    return at >= 0;
+}
+
+template <class T, SClass_ID kSuper>
+bool KeyControl<T, kSuper>::CopyKey(TimeValue from, TimeValue to) {
+    const int at = track_.IndexOf(from);
+    if (at < 0) return false;
+    Key key = Keys()[size_t(at)];
+    key.time = to;
+    SetKey(key);
+    return true;
+}
+
+template <class T, SClass_ID kSuper>
+void KeyControl<T, kSuper>::MapKeys(TimeMap* map) {
+    if (!map) return;
+    Change({}, [map](KeyTrack<T>& track) {
+        for (Key& key : track.Keys()) key.time = map->map(key.time);
+        track.Sort();
+        const Interval edited = track.EditedRange();
+        if (edited.Empty()) return;
+        const TimeValue start = map->map(edited.Start()), end = map->map(edited.End());
+        track.SetRange({std::min(start, end), std::max(start, end)});
+    });
+}
+
+template <class T, SClass_ID kSuper>
+void KeyControl<T, kSuper>::EditTimeRange(const Interval& range) {
+    Change({}, [&](KeyTrack<T>& track) { track.SetRange(range); });
+}
+
+template <class T, SClass_ID kSuper>
+void KeyControl<T, kSuper>::SetORT(int type, int which) {
+    if (type < ORT_CONSTANT || type > ORT_LINEAR) return;
+    Change({}, [&](KeyTrack<T>& track) {
+        if (which & ORT_BEFORE) track.SetOrt(true, type);
+        if (which & ORT_AFTER) track.SetOrt(false, type);
+    });
+}
+
+template <class T, SClass_ID kSuper>
+int KeyControl<T, kSuper>::ReduceKeys(const Interval& range, float threshold, TimeValue step, KeyReduceStatus* status) {
+    int removed = 0;
+    Change({}, [&](KeyTrack<T>& track) { removed = track.Reduce(range, threshold, step, status); });
+    return removed;
 }
 
 template <class T, SClass_ID kSuper>
 RefTargetHandle KeyControl<T, kSuper>::Clone(RemapDir&) {
-    auto* copy = new KeyControl;
+    auto* copy = new KeyControl(GetKeyClass());
     copy->track_ = track_;
     return copy;
 }
 
 template <class T, SClass_ID kSuper>
-Class_ID KeyControl<T, kSuper>::ClassID() {
-    switch (kSuper) {
-    case CTRL_FLOAT_CLASS_ID:
-        return LINEAR_FLOAT_CLASS_ID;
-    case CTRL_POINT3_CLASS_ID:
-        return LINEAR_POINT3_CLASS_ID;
-    case CTRL_POSITION_CLASS_ID:
-        return LINEAR_POSITION_CLASS_ID;
-    case CTRL_ROTATION_CLASS_ID:
-        return LINEAR_ROTATION_CLASS_ID;
-    default:
-        return LINEAR_SCALE_CLASS_ID;
-    }
+IOResult KeyControl<T, kSuper>::Save(ISave* save) {
+    return SaveTrack(save, track_, GetKeyClass() == KeyClass::Bezier);
 }
 
 template <class T, SClass_ID kSuper>
-void KeyControl<T, kSuper>::GetClassName(TSTR& s) {
-    switch (kSuper) {
-    case CTRL_FLOAT_CLASS_ID:
-        s = "Linear Float";
-        break;
-    case CTRL_POINT3_CLASS_ID:
-        s = "Linear Point3";
-        break;
-    case CTRL_POSITION_CLASS_ID:
-        s = "Linear Position";
-        break;
-    case CTRL_ROTATION_CLASS_ID:
-        s = "Linear Rotation";
-        break;
-    default:
-        s = "Linear Scale";
-        break;
-    }
+IOResult KeyControl<T, kSuper>::Load(ILoad* load) {
+    KeyTrack<T> track;
+    bool bezier = false;
+    const IOResult result = LoadTrack(load, track, bezier);
+    if (result != IO_OK) return result;
+    track.SetConstant(Usable(track.Constant()));
+    for (Key& key : track.Keys()) key.val = Usable(key.val);
+    Change({}, [&](KeyTrack<T>& own) { own = track; });
+    SetKeyClass(bezier ? KeyClass::Bezier : KeyClass::Linear);
+    return IO_OK;
 }
 
-template class KeyTrack<float>;
-template class KeyTrack<Point3>;
-template class KeyTrack<Quat>;
 template class KeyControl<float, CTRL_FLOAT_CLASS_ID>;
 template class KeyControl<Point3, CTRL_POINT3_CLASS_ID>;
+template class KeyControl<AColor, CTRL_POINT4_CLASS_ID>;
 template class KeyControl<Point3, CTRL_POSITION_CLASS_ID>;
 template class KeyControl<Quat, CTRL_ROTATION_CLASS_ID>;
 template class KeyControl<Point3, CTRL_SCALE_CLASS_ID>;

@@ -1,8 +1,11 @@
 #pragma once
 // Controllers: constants and keys over time, transforms.
 
+#include <initializer_list>
+#include <memory>
 #include <vector>
 
+#include "core/key_track.h"
 #include "sdk/control.h"
 
 namespace host {
@@ -14,73 +17,92 @@ inline constexpr Class_ID LINEAR_ROTATION_CLASS_ID{0x2004, 0};
 inline constexpr Class_ID LINEAR_SCALE_CLASS_ID{0x2005, 0};
 inline constexpr Class_ID MATRIX_CLASS_ID{0x2006, 0};
 inline constexpr Class_ID PRS_CLASS_ID{0x2007, 0};
+inline constexpr Class_ID LINEAR_POINT4_CLASS_ID{0x2008, 0};
+/// The Bezier class beside a linear one has the same first word and this second one.
+inline constexpr uint32_t BEZIER_CLASS_PART = 1;
 
-/// How a key's value goes on to the next key's.
-enum class KeyKind {
-    Linear,   ///< straight to the next value (rotations: along the shorter arc)
-    Constant, ///< held until the next key
+/// The class of keys: what tangents new keys have.
+enum class KeyClass {
+    Linear, ///< straight ones
+    Bezier, ///< automatic ones
 };
 
-template <class T>
-struct Key {
-    TimeValue time = 0;
-    T value{};
-    KeyKind kind = KeyKind::Linear;
-};
-
-/// The value between two linear keys, `u` in 0..1.
-float Blend(float a, float b, float u);
-Point3 Blend(const Point3& a, const Point3& b, float u);
-/// Spherical interpolation along the shorter arc. The quaternions are unit.
-Quat Blend(const Quat& a, const Quat& b, float u);
-
-/// A constant, or keys in ascending time. Before the first key the value is the first key's, after the last the last's.
-template <class T>
-class KeyTrack {
+/// What the keyed controllers of all value types have in common.
+class KeyedControl : public Control {
 public:
-    const std::vector<Key<T>>& Keys() const { return keys_; }
-    bool IsAnimated() const { return !keys_.empty(); }
-    void SetConstant(const T& v) { constant_ = v; }
-    /// Adds a key; a key at the same time is replaced.
-    void SetKey(const Key<T>& key);
-    void DeleteKeys() { keys_.clear(); }
-    /// The value at `t`; `valid` is narrowed to the whole stretch around `t` where the value stays the same.
-    T Get(TimeValue t, Interval& valid) const;
+    explicit KeyedControl(KeyClass keyClass) : keyClass_(keyClass) {}
+    KeyClass GetKeyClass() const { return keyClass_; }
+    /// Another class for keys to come; keys keep their tangents.
+    void SetKeyClass(KeyClass keyClass);
+    TangentType NewKeyTangent() const {
+        return keyClass_ == KeyClass::Linear ? TangentType::Linear : TangentType::Auto;
+    }
 
 private:
-    bool Holds(size_t i) const { return keys_[i].kind == KeyKind::Constant || keys_[i].value == keys_[i + 1].value; }
-    Interval Stretch(size_t i) const;
-
-    T constant_{};
-    std::vector<Key<T>> keys_;
+    KeyClass keyClass_;
 };
 
 /// A keyed controller of one value type. A new one holds the constant default (0; no rotation; scale 1).
 template <class T, SClass_ID kSuper>
-class KeyControl : public Control {
+class KeyControl : public KeyedControl {
 public:
-    explicit KeyControl(const T& constant = Default()) { track_.SetConstant(constant); }
+    using Key = typename KeyTrack<T>::Key;
+
+    explicit KeyControl(const T& constant = Default(), KeyClass keyClass = KeyClass::Linear);
+    explicit KeyControl(KeyClass keyClass) : KeyControl(Default(), keyClass) {}
     ~KeyControl() override { DeleteAllRefs(); }
     SClass_ID SuperClassID() override { return kSuper; }
     Class_ID ClassID() override;
     void GetClassName(TSTR& s) override;
-    void GetValue(TimeValue t, void* value, Interval& valid) override;
+    void* GetInterface(uint32_t id) override;
+    void GetValue(TimeValue t, void* value, Interval& valid) override {
+        *static_cast<T*>(value) = track_.Get(t, valid);
+    }
     void SetValue(TimeValue t, const void* value) override;
     bool IsAnimated() const override { return track_.IsAnimated(); }
     RefTargetHandle Clone(RemapDir& remap) override;
+    /// The class of keys, the constant, the keys, the time range and what is beyond it.
+    IOResult Save(ISave* save) override;
+    /// IO_ERROR when the data is not what Save writes; the controller then stays as it was.
+    IOResult Load(ILoad* load) override;
 
     /// Adds or replaces a key, from then on the controller is animated. Dependents are told.
-    void SetKey(TimeValue t, const T& value, KeyKind kind = KeyKind::Linear);
-    void DeleteKeys();
-    const std::vector<Key<T>>& Keys() const { return track_.Keys(); }
+    void SetKey(const Key& key);
+    void SetKey(TimeValue t, const T& value, TangentType type);
+    void SetKey(TimeValue t, const T& value) { SetKey(t, value, NewKeyTangent()); }
+    const std::vector<Key>& Keys() const { return track_.Keys(); }
+
+    int NumKeys() override { return int(Keys().size()); }
+    TimeValue GetKeyTime(int i) override { return i >= 0 && i < NumKeys() ? Keys()[size_t(i)].time : 0; }
+    int GetKeyIndex(TimeValue t) override { return track_.IndexOf(t); }
+    void AddNewKey(TimeValue t) override;
+    bool DeleteKeyAtTime(TimeValue t) override;
+    void DeleteKeys() override;
+    bool MoveKey(TimeValue from, TimeValue to) override;
+    bool CopyKey(TimeValue from, TimeValue to) override;
+    void MapKeys(TimeMap* map) override;
+    Interval GetTimeRange() override { return track_.Range(); }
+    void EditTimeRange(const Interval& range) override;
+    int GetORT(int which) override { return track_.Ort(which & ORT_BEFORE); }
+    void SetORT(int type, int which) override;
+    int ReduceKeys(const Interval& range, float threshold, TimeValue step, KeyReduceStatus* status) override;
 
 private:
+    class TrackRestore;
+    class Access;
     static T Default();
+    /// Records the track, lets `edit` change it and tells dependents of the times around the `touched` ones.
+    template <class Edit>
+    void Change(std::initializer_list<TimeValue> touched, Edit&& edit);
+
     KeyTrack<T> track_;
+    uint64_t held_ = 0; ///< the hold that knows the track
+    std::unique_ptr<IKeyControl> access_;
 };
 
 using FloatControl = KeyControl<float, CTRL_FLOAT_CLASS_ID>;
 using Point3Control = KeyControl<Point3, CTRL_POINT3_CLASS_ID>; ///< points and colours
+using Point4Control = KeyControl<AColor, CTRL_POINT4_CLASS_ID>; ///< colours with alpha
 using PositionControl = KeyControl<Point3, CTRL_POSITION_CLASS_ID>;
 using RotationControl = KeyControl<Quat, CTRL_ROTATION_CLASS_ID>;
 using ScaleControl = KeyControl<Point3, CTRL_SCALE_CLASS_ID>; ///< factors along the object's own axes
@@ -98,6 +120,7 @@ public:
 
 private:
     Matrix3 tm_;
+    uint64_t held_ = 0; ///< the hold that knows the matrix
 };
 
 /// Position, rotation and scale: value = scale x rotation x translation.
@@ -120,12 +143,30 @@ public:
     Animatable* SubAnim(int i) override { return GetReference(i); }
     TSTR SubAnimName(int i) override;
 
+    int NumKeys() override { return int(KeyTimes().size()); }
+    TimeValue GetKeyTime(int i) override;
+    int GetKeyIndex(TimeValue t) override;
+    void AddNewKey(TimeValue t) override;
+    bool DeleteKeyAtTime(TimeValue t) override;
+    void DeleteKeys() override;
+    bool MoveKey(TimeValue from, TimeValue to) override;
+    bool CopyKey(TimeValue from, TimeValue to) override;
+    void MapKeys(TimeMap* map) override;
+    Interval GetTimeRange() override;
+    void EditTimeRange(const Interval& range) override;
+    int GetORT(int which) override { return subs_[0] ? subs_[0]->GetORT(which) : int(ORT_CONSTANT); }
+    void SetORT(int type, int which) override;
+    /// The threshold counts for each part in its own unit.
+    int ReduceKeys(const Interval& range, float threshold, TimeValue step, KeyReduceStatus* status) override;
+
     // The parts. Another one may be put in with ReplaceReference(0..2, ...) when its super class fits.
     Control* Position() const { return subs_[0]; }
     Control* Rotation() const { return subs_[1]; }
     Control* Scale() const { return subs_[2]; }
 
 private:
+    std::vector<TimeValue> KeyTimes();
+
     Control* subs_[3] = {nullptr, nullptr, nullptr};
 };
 

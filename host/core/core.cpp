@@ -2,8 +2,6 @@
 
 #include "core/core.h"
 
-#include <algorithm>
-
 namespace {
 std::atomic<Interface*> gCurrent{nullptr};
 }
@@ -23,6 +21,8 @@ Core::Core() {
 Core::~Core() {
     // Destructors of plug-in objects may still ask for the core.
     Interface* const former = gCurrent.exchange(this);
+    BroadcastNotification(NOTIFY_SYSTEM_SHUTDOWN);
+    theHold.Flush();
     owner_.DeleteAll();
     refs_.DeleteAllRefs();
     gCurrent.store(former == this ? nullptr : former, std::memory_order_release);
@@ -42,17 +42,20 @@ void Core::SetTime(TimeValue t) {
     time_.store(t, std::memory_order_relaxed);
     const auto callbacks = timeCallbacks_;
     for (const auto& f : callbacks) f(t);
+    BroadcastNotification(NOTIFY_TIME_CHANGED, &t);
 }
 
 bool Core::SetFrameRate(int fps) {
     if (fps < 1 || fps > TIME_TICKSPERSEC) return false;
-    frameRate_ = fps;
+    SetHeld(frameRate_, fps);
+    BroadcastNotification(NOTIFY_TIMEUNITS_CHANGED);
     return true;
 }
 
 bool Core::SetAnimRange(const Interval& range) {
     if (range.Empty()) return false;
-    animRange_ = range;
+    SetHeld(animRange_, range);
+    BroadcastNotification(NOTIFY_ANIMATION_RANGE_CHANGED);
     return true;
 }
 
@@ -61,7 +64,7 @@ Color Core::GetBackGround(TimeValue t, Interval& valid) {
 }
 
 void Core::SetBackGround(const Color& c) {
-    background_ = c;
+    SetHeld(background_, c);
     refs_.SetColorController(SceneRefs::kBackground, nullptr);
 }
 
@@ -70,7 +73,7 @@ Color Core::GetAmbient(TimeValue t, Interval& valid) {
 }
 
 void Core::SetAmbient(const Color& c) {
-    ambient_ = c;
+    SetHeld(ambient_, c);
     refs_.SetColorController(SceneRefs::kAmbient, nullptr);
 }
 
@@ -110,22 +113,6 @@ bool Core::EvalScriptFloat(const char* expression, float& value) {
     if (it == scriptFloats_.end()) return false;
     value = it->second;
     return true;
-}
-
-void Core::RegisterNotification(NotifyProc proc, void* param, int code) {
-    if (proc) notifications_.push_back({proc, param, code});
-}
-
-void Core::UnRegisterNotification(NotifyProc proc, void* param, int code) {
-    std::erase(notifications_, Registration{proc, param, code});
-}
-
-void Core::BroadcastNotification(int code, void* callParam) {
-    // A callback may take itself or others off the list.
-    const auto all = notifications_;
-    for (const Registration& r : all)
-        if (r.code == code && std::find(notifications_.begin(), notifications_.end(), r) != notifications_.end())
-            r.proc(r.param, code, callParam);
 }
 
 } // namespace host

@@ -15,10 +15,12 @@
 #include "core/scene_refs.h"
 #include "core/target_owner.h"
 #include "sdk/core.h"
+#include "sdk/hold.h"
 
 namespace host {
 
 /// The core interface with its scene. Several may exist; GetCOREInterface() answers the current one.
+/// Edits are undoable while theHold is open; its steps end with the scene (ResetScene, destructor).
 /// All operations belong to the main thread, except CheckForRenderAbort, RequestRenderAbort, GetTime and the log.
 class Core : public Interface {
 public:
@@ -66,11 +68,15 @@ public:
     Node* CreateNode(const std::string& name, Object* object = nullptr, Node* parent = nullptr);
     /// Deletes a node of this scene; its children go to its parent. The root stays.
     void DeleteNode(INode* node);
+    /// Clones nodes of this scene, each below its original's parent or, when that is cloned along, below the parent's
+    /// clone; references among the nodes go from clone to clone. Null where a node is not of this scene.
+    std::vector<Node*> CloneNodes(const std::vector<INode*>& nodes);
     /// All nodes below the root, parents before children.
     std::vector<Node*> AllNodes();
     /// Hands an object to the scene, which deletes it at its end unless it died before. Returns the object.
     template <class T>
     T* Adopt(T* target) {
+        HoldAdoption(target);
         owner_.Adopt(target);
         return target;
     }
@@ -78,7 +84,7 @@ public:
     /// A new object of a registered class, adopted by the scene; null when the class is unknown, cannot be made, or
     /// makes no reference target (image filters).
     ReferenceTarget* CreateInstance(SClass_ID sid, Class_ID id);
-    /// Deletes the scene's objects; settings, classes and plug-ins stay.
+    /// Deletes the scene's objects and forgets all undo steps; settings, classes and plug-ins stay.
     void ResetScene();
 
     // Environment and render settings.
@@ -98,7 +104,7 @@ public:
     Texmap* GetEnvironmentMap() override { return refs_.GetEnvironment(); }
     void SetEnvironmentMap(Texmap* map);
     Color GetLightTint(TimeValue) override { return lightTint_; }
-    void SetLightTint(const Color& c) { lightTint_ = c; }
+    void SetLightTint(const Color& c) { SetHeld(lightTint_, c); }
     Color GetAmbient(TimeValue t, Interval& valid) override;
     void SetAmbient(const Color& c);
     bool SetAmbientController(Control* c) { return refs_.SetColorController(SceneRefs::kAmbient, c); }
@@ -136,11 +142,9 @@ public:
     void SetScriptFloat(const std::string& expression, float value) { scriptFloats_[expression] = value; }
 
     // Notifications.
-    using NotifyProc = void (*)(void* param, int code, void* callParam);
-    void RegisterNotification(NotifyProc proc, void* param, int code) override;
-    void UnRegisterNotification(NotifyProc proc, void* param, int code) override;
-    /// Calls everyone registered for `code`, in order of registration.
-    void BroadcastNotification(int code, void* callParam = nullptr);
+    void RegisterNotification(NOTIFYPROC proc, void* param, int code) override;
+    void UnRegisterNotification(NOTIFYPROC proc, void* param, int code) override;
+    void BroadcastNotification(int code, void* callParam = nullptr) override;
 
     // Classes and plug-ins.
     ClassDirectory& Classes() { return classes_; }
@@ -151,11 +155,19 @@ public:
 
 private:
     struct Registration {
-        NotifyProc proc;
+        NOTIFYPROC proc;
         void* param;
         int code;
-        bool operator==(const Registration&) const = default;
+        uint64_t number; ///< in order of registration
     };
+    /// Sets a value that undo brings back.
+    template <class T>
+    void SetHeld(T& place, const T& value, void (*told)(ReferenceMaker*) = nullptr) {
+        HoldValue(&refs_, place, told);
+        place = value;
+    }
+    void HoldAdoption(ReferenceTarget* target);
+
     class Viewport : public ViewExp {
     public:
         explicit Viewport(const SceneRefs& refs) : refs_(refs) {}
@@ -188,6 +200,7 @@ private:
     std::map<std::string, int> scriptInts_;
     std::map<std::string, float> scriptFloats_;
     std::vector<Registration> notifications_;
+    uint64_t lastRegistration_ = 0;
 };
 
 } // namespace host

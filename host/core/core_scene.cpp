@@ -3,6 +3,7 @@
 #include <set>
 
 #include "core/core.h"
+#include "core/undo_records.h"
 
 namespace host {
 
@@ -44,11 +45,19 @@ INode* Core::GetINodeByName(const char* name) {
 }
 
 Node* Core::CreateNode(const std::string& name, Object* object, Node* parent) {
+    const HoldGroup group;
     Node* const node = Adopt(new Node(name));
     Adopt(object);
     if (object) node->SetObjectRef(object);
     (parent ? parent : root_)->AttachChild(node);
+    BroadcastNotification(NOTIFY_NODE_CREATED, static_cast<INode*>(node));
     return node;
+}
+
+// To be called before the adoption.
+void Core::HoldAdoption(ReferenceTarget* target) {
+    if (target && !owner_.Owns(target) && theHold.Holding())
+        theHold.Put(new OwnerRestore(&owner_, target, true, owner_.Targets().size()));
 }
 
 void Core::DeleteNode(INode* node) {
@@ -58,20 +67,52 @@ void Core::DeleteNode(INode* node) {
 ReferenceTarget* Core::CreateInstance(SClass_ID sid, Class_ID id) {
     if (sid == FLT_CLASS_ID) return nullptr;
     ClassDesc* const desc = classes_.Find(sid, id);
-    void* const made = desc ? desc->Create(false) : nullptr;
+    const auto create = [](ClassDesc& c) {
+        const HoldSuspend unrecorded; // undo takes back the object as a whole
+        return c.Create(false);
+    };
+    void* const made = desc ? create(*desc) : nullptr;
     if (!made) return nullptr;
     // Create answers the object itself, whose first base is ReferenceMaker.
     auto* const maker = static_cast<ReferenceMaker*>(made);
     return maker->IsRefTarget() ? Adopt(static_cast<ReferenceTarget*>(maker)) : nullptr;
 }
 
+std::vector<Node*> Core::CloneNodes(const std::vector<INode*>& nodes) {
+    const HoldGroup group;
+    const size_t before = owner_.Targets().size();
+    std::vector<Node*> clones;
+    RemapDir remap;
+    for (INode* const node : nodes) {
+        Node* const clone = owner_.Owns(node) && node != root_ ? static_cast<Node*>(remap.CloneRef(node)) : nullptr;
+        owner_.Adopt(clone);
+        clones.push_back(clone);
+    }
+    remap.Finish();
+    // The clones with their parts.
+    for (size_t i = before; theHold.Holding() && i < owner_.Targets().size(); ++i)
+        theHold.Put(new OwnerRestore(&owner_, owner_.Targets()[i], true, i));
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        if (!clones[i] || clones[i]->GetParentNode()) continue;
+        auto* const parent = static_cast<Node*>(nodes[i]->GetParentNode());
+        auto* const cloned = static_cast<Node*>(remap.FindMapping(parent));
+        (cloned ? cloned : parent ? parent : root_)->AttachChild(clones[i]);
+        BroadcastNotification(NOTIFY_NODE_CLONED, static_cast<INode*>(clones[i]));
+    }
+    return clones;
+}
+
 void Core::ResetScene() {
+    BroadcastNotification(NOTIFY_SYSTEM_PRE_RESET);
+    theHold.Flush();
+    const HoldSuspend unrecorded;
     owner_.DeleteAll();
     refs_.DeleteAllRefs();
     while (NumAtmospheric() > 0) refs_.RemoveAtmospheric(NumAtmospheric() - 1);
     root_ = Adopt(new Node("Scene Root"));
     boxes_.Clear();
     ClearRenderAbort();
+    BroadcastNotification(NOTIFY_SYSTEM_POST_RESET);
 }
 
 Atmospheric* Core::GetAtmospheric(int i) {
@@ -82,6 +123,7 @@ void Core::DeleteAtmosphere(int i) {
     Atmospheric* const a = GetAtmospheric(i);
     if (!a) return;
     TargetWatch watch(a);
+    const HoldGroup group;
     refs_.RemoveAtmospheric(i);
     if (owner_.Owns(a) && !a->HasDependents()) a->DeleteThis();
 }

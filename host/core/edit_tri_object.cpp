@@ -18,17 +18,24 @@ RefTargetHandle EditTriObject::Clone(RemapDir&) {
     return copy;
 }
 
+void EditTriObject::SelectionRestored(ReferenceMaker* object) {
+    static_cast<EditTriObject*>(object)->NotifyDependents(FOREVER, PART_SELECT | PART_SUBSEL_TYPE, REFMSG_CHANGE);
+}
+
 void EditTriObject::SetSelLevel(uint32_t level) {
+    HoldValue(this, mesh.selLevel, SelectionRestored);
     mesh.selLevel = int(std::min<uint32_t>(level, MESH_FACE));
     NotifyDependents(FOREVER, PART_SUBSEL_TYPE, REFMSG_CHANGE);
 }
 
 void EditTriObject::SetVertSel(const BitArray& set, IMeshSelect*, TimeValue) {
+    HoldValue(this, mesh.vertSel, SelectionRestored);
     mesh.vertSel = set;
     mesh.vertSel.SetSize(mesh.getNumVerts());
 }
 
 void EditTriObject::SetFaceSel(const BitArray& set, IMeshSelect*, TimeValue) {
+    HoldValue(this, mesh.faceSel, SelectionRestored);
     mesh.faceSel = set;
     mesh.faceSel.SetSize(mesh.getNumFaces());
 }
@@ -42,6 +49,7 @@ GenericNamedSelSetList& EditTriObject::GetNamedFaceSelList() {
 
 void EditTriObject::LocalDataChanged() {
     if (setsAsked_) {
+        HoldValue(this, mesh.faceSets, SelectionRestored);
         mesh.faceSets.clear();
         for (int i = 0; i < faceSets_.Count(); ++i) mesh.faceSets.emplace_back(faceSets_.Name(i), faceSets_[i]);
         setsAsked_ = false;

@@ -1,12 +1,14 @@
 #pragma once
 // Meshes that users edit: what a scene imports.
 
+#include "sdk/hold.h"
 #include "sdk/meshsel.h"
 #include "sdk/object.h"
 
 namespace host {
 
-/// A triangle mesh as the base of a stack. Its selection and named sets are the mesh's own.
+/// A triangle mesh as the base of a stack. Its selection and named sets are the mesh's own; changes of them are
+/// undoable.
 class EditTriObject : public TriObject, public IMeshSelect, public IMeshSelectData {
 public:
     Class_ID ClassID() override { return EDITTRIOBJ_CLASS_ID; }
@@ -27,7 +29,8 @@ public:
     GenericNamedSelSetList& GetNamedFaceSelList() override;
 
 private:
-    GenericNamedSelSetList faceSets_, vertSets_;
+    static void SelectionRestored(ReferenceMaker* object);
+    GenericNamedSelSetList faceSets_, vertSets_{[this] { HoldValue(this, vertSets_, SelectionRestored); }};
     bool setsAsked_ = false; ///< faceSets_ stands for the mesh's sets
 };
 

@@ -3,6 +3,7 @@
 #include "core/modifier_stack.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace host {
 
@@ -20,8 +21,9 @@ int ModifierStack::PlaceFor(bool worldSpace, int wanted) const {
     return worldSpace ? std::min(wanted, border) : std::max(wanted, border);
 }
 
-void ModifierStack::Insert(int i) {
-    entries_.emplace(entries_.begin() + i);
+void ModifierStack::Insert(int i, std::unique_ptr<ModContext> context) {
+    Entry& e = *entries_.emplace(entries_.begin() + i);
+    if (context) e.context = std::move(context);
     Invalidate();
 }
 
@@ -30,18 +32,24 @@ void ModifierStack::Set(int i, Modifier* m) {
     Invalidate();
 }
 
-void ModifierStack::SetContext(int i, const ModContext& from) {
-    entries_[size_t(i)].context = std::make_unique<ModContext>(from);
+void ModifierStack::SwapContext(int i, std::unique_ptr<ModContext>& context) {
+    std::swap(entries_[size_t(i)].context, context);
     Invalidate();
 }
 
-void ModifierStack::Erase(int i) {
+std::unique_ptr<ModContext> ModifierStack::Erase(int i) {
+    auto context = std::move(entries_[size_t(i)].context);
     entries_.erase(entries_.begin() + i);
     Invalidate();
+    return context;
 }
 
-void ModifierStack::EraseEmpty() {
-    std::erase_if(entries_, [](const Entry& e) { return !e.modifier; });
+void ModifierStack::Move(int from, int to) {
+    const auto at = [this](int i) { return entries_.begin() + i; };
+    if (from < to)
+        std::rotate(at(from), at(from) + 1, at(to) + 1);
+    else
+        std::rotate(at(to), at(from), at(from) + 1);
     Invalidate();
 }
 

@@ -26,11 +26,15 @@ public:
     ModContext* ContextAt(int i) const;
     /// The place, from the top, at which a modifier can go in: world-space modifiers stay above the others.
     int PlaceFor(bool worldSpace, int wanted) const;
-    void Insert(int i);           ///< an empty entry
+    /// An empty entry, with a context of its own or the one it had before.
+    void Insert(int i, std::unique_ptr<ModContext> context = nullptr);
     void Set(int i, Modifier* m); ///< null empties the entry
-    void SetContext(int i, const ModContext& from);
-    void Erase(int i);
-    void EraseEmpty();
+    /// Exchanges the context of an entry.
+    void SwapContext(int i, std::unique_ptr<ModContext>& context);
+    /// Takes an entry out and gives back its context.
+    std::unique_ptr<ModContext> Erase(int i);
+    /// Takes an entry to another place; those between move up or down.
+    void Move(int from, int to);
 
     /// Forgets all that is kept.
     void Invalidate();

@@ -5,18 +5,20 @@
 #include <algorithm>
 
 #include "core/controllers.h"
-#include "core/target_owner.h"
+#include "core/undo_records.h"
 #include "sdk/mtl.h"
 
 namespace host {
 
 Node::Node(const std::string& name) : name_(name) {
+    const HoldSuspend unrecorded;
     auto* const tm = new MatrixControl;
     tm->SetAutoDelete(true);
     ReplaceReference(kTMRef, tm);
 }
 
 Node::~Node() {
+    const HoldSuspend unrecorded;
     while (!children_.empty()) {
         Node* const child = children_.back();
         children_.pop_back();
@@ -27,30 +29,12 @@ Node::~Node() {
     DeleteAllRefs();
 }
 
-void Node::TellChanged(PartID part, RefMessage message) {
-    NotifyDependents(FOREVER, part, message);
-}
-
-void Node::SetName(const char* name) {
-    name_ = name ? name : "";
-    TellChanged(PART_ALL, REFMSG_NODE_NAMECHANGE);
+void Node::TellChanged(PartID part, RefMessage message, const Interval& when) {
+    NotifyDependents(when, part, message);
 }
 
 Node* Node::GetChildNode(int i) {
     return i >= 0 && i < NumberOfChildren() ? children_[size_t(i)] : nullptr;
-}
-
-bool Node::AttachChild(Node* child, bool keepTM, TimeValue t) {
-    if (!child || PlaceDependsOn(this, child)) return false;
-    const Matrix3 place = child->GetNodeTM(t);
-    if (child->parent_) std::erase(child->parent_->children_, child);
-    child->parent_ = this;
-    children_.push_back(child);
-    if (keepTM)
-        child->SetNodeTM(t, place);
-    else
-        child->TellTMChanged();
-    return true;
 }
 
 void Node::SetObjectRef(Object* o) {
@@ -59,39 +43,8 @@ void Node::SetObjectRef(Object* o) {
     TellChanged(PART_ALL);
 }
 
-bool Node::AddModifier(Modifier* m, int i) {
-    if (!m || i < 0 || i > NumModifiers()) return false;
-    const int place = stack_.PlaceFor(m->SuperClassID() == WSM_CLASS_ID, i);
-    stack_.Insert(place);
-    if (ReplaceReference(kFixedRefs + place, m) != REF_SUCCEED) {
-        stack_.Erase(place);
-        return false;
-    }
-    TellChanged(PART_ALL);
-    return true;
-}
-
-bool Node::DeleteModifier(int i) {
-    if (i < 0 || i >= NumModifiers()) return false;
-    ReplaceReference(kFixedRefs + i, nullptr);
-    stack_.Erase(i);
-    TellChanged(PART_ALL);
-    return true;
-}
-
 void Node::SetMtl(Mtl* m) {
     if (ReplaceReference(kMtlRef, m) == REF_SUCCEED) TellChanged(PART_MTL, REFMSG_NODE_MATERIAL_CHANGED);
-}
-
-void Node::SetWireColor(const Color& c) {
-    wireColor_ = c;
-    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
-}
-
-void Node::Hide(bool on) {
-    if (hidden_ == on) return;
-    hidden_ = on;
-    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
 }
 
 float Node::GetVisibility(TimeValue t, Interval* valid) {
@@ -102,27 +55,12 @@ float Node::GetVisibility(TimeValue t, Interval* valid) {
     return std::clamp(v, 0.0f, 1.0f);
 }
 
-void Node::SetVisibility(float v) {
-    constantVisibility_ = v;
-    ReplaceReference(kVisibilityRef, nullptr);
-    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
-}
-
 bool Node::SetVisibilityController(Control* c) {
     if (c && c->SuperClassID() != CTRL_FLOAT_CLASS_ID) return false;
     if (ReplaceReference(kVisibilityRef, c) != REF_SUCCEED) return false;
     if (c) c->SetAutoDelete(true);
     TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
     return true;
-}
-
-void Node::SetRenderFlags(bool renderable, bool primary, bool castShadows, bool rcvShadows, bool atmosphere) {
-    renderable_ = renderable;
-    primary_ = primary;
-    castShadows_ = castShadows;
-    rcvShadows_ = rcvShadows;
-    atmosphere_ = atmosphere;
-    TellChanged(PART_DISPLAY, REFMSG_NODE_DISPLAY_CHANGED);
 }
 
 RefTargetHandle Node::GetReference(int i) {
@@ -164,9 +102,12 @@ void Node::SetReference(int i, RefTargetHandle target) {
     }
 }
 
-RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID& partID, RefMessage message) {
+RefResult Node::NotifyRefChanged(const Interval& changeInt, RefTargetHandle target, PartID& partID,
+                                 RefMessage message) {
     if (message == REFMSG_TARGET_DELETED) {
-        stack_.EraseEmpty();
+        for (int i = NumModifiers() - 1; i >= 0; --i)
+            if (!GetModifier(i)) EraseModifierSlot(i);
+        InvalidateWorldState();
         TellTMChanged();
         TellChanged(PART_ALL);
         return REF_SUCCEED;
@@ -175,7 +116,7 @@ RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID
     if (target == tm_ || target == target_) {
         // A target counts by its place only.
         if (target == target_ && !(partID & PART_TM)) return REF_STOP;
-        TellTMChanged();
+        TellTMChanged(changeInt);
         return REF_STOP;
     }
     if (target == mtl_)
@@ -186,6 +127,9 @@ RefResult Node::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID
         stack_.InvalidateBase(partID);
     else
         stack_.InvalidateFrom(target);
+    // Whatever moved inside the object, the node did not. (A light that lists a child of its own target's would
+    // otherwise go on telling of movements for ever.)
+    if (partID & PART_TM) partID = PART_ALL & ~PART_TM;
     return REF_SUCCEED;
 }
 
@@ -221,10 +165,11 @@ RefTargetHandle Node::Clone(RemapDir& remap) {
         copy->ReplaceReference(i, cloneOrShare(GetReference(i)));
     for (int i = 0; i < NumModifiers(); ++i) {
         copy->AddModifier(static_cast<Modifier*>(cloneOrShare(GetModifier(i))), copy->NumModifiers());
-        copy->stack_.SetContext(i, *GetModContext(i));
+        copy->SetModContext(i, *GetModContext(i));
     }
     copy->ReplaceReference(kMtlRef, mtl_);
     copy->ReplaceReference(kTargetRef, target_);
+    remap.Backpatch(copy, kTargetRef, target_);
     copy->offset_ = offset_;
     copy->wireColor_ = wireColor_;
     copy->constantVisibility_ = constantVisibility_;

@@ -1,6 +1,7 @@
 #pragma once
 // Scene nodes of the bundled host.
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,11 +14,14 @@ namespace host {
 
 /// A node. Its references are the transform controller, the object, the material, the visibility controller, the target
 /// node and the modifiers; parent and children are no references. Deleting a node hands its children to its parent.
+/// Every setter is undoable while a hold is open.
 class Node : public INode {
 public:
     explicit Node(const std::string& name = {});
     ~Node() override;
     void GetClassName(TSTR& s) override { s = "Node"; }
+    /// Tells the scene's listeners, too. While a hold is open a node of a scene is only taken out of it.
+    void DeleteThis() override;
 
     const char* GetName() override { return name_.c_str(); }
     void SetName(const char* name) override;
@@ -38,6 +42,11 @@ public:
     /// when there is no such place or it would make a circle.
     bool AddModifier(Modifier* m, int i = 0);
     bool DeleteModifier(int i);
+    /// Takes the modifier at place `from` to place `to` with all that it keeps for this node; the border between
+    /// world-space and other modifiers is kept. False when there is no such place.
+    bool MoveModifier(int from, int to);
+    /// Gives an entry of the stack another space, box and data. False when there is no such entry.
+    bool SetModContext(int i, const ModContext& context);
     /// Drops the cached result of the stack.
     void InvalidateWorldState();
 
@@ -62,9 +71,9 @@ public:
     bool IsNodeHidden() override { return hidden_; }
     void Hide(bool on) override;
     bool IsFrozen() override { return frozen_; }
-    void SetFrozen(bool on) { frozen_ = on; }
+    void SetFrozen(bool on);
     bool Selected() override { return selected_; }
-    void SetSelected(bool on) { selected_ = on; }
+    void SetSelected(bool on);
     float GetVisibility(TimeValue t, Interval* valid = nullptr) override;
     /// A constant visibility, 0..1.
     void SetVisibility(float v);
@@ -72,27 +81,30 @@ public:
     bool Renderable() override { return renderable_; }
     bool GetPrimaryVisibility() override { return primary_; }
     bool GetSecondaryVisibility() override { return secondary_; }
-    void SetSecondaryVisibility(bool on) { secondary_ = on; }
+    void SetSecondaryVisibility(bool on);
     bool CastShadows() override { return castShadows_; }
     bool RcvShadows() override { return rcvShadows_; }
     bool ApplyAtmospherics() override { return atmosphere_; }
     void SetRenderFlags(bool renderable, bool primary, bool castShadows, bool rcvShadows, bool atmosphere) override;
     int GetGBufID() override { return gbufID_; }
-    void SetGBufID(int id) override { gbufID_ = id; }
+    void SetGBufID(int id) override;
     uint32_t GetRenderID() override { return renderID_; }
     void SetRenderID(uint32_t id) override { renderID_ = id; }
 
     bool GetUserPropString(const char* key, TSTR& value) override { return props_.GetString(key, value); }
     bool GetUserPropFloat(const char* key, float& value) override { return props_.GetFloat(key, value); }
     bool GetUserPropInt(const char* key, int& value) override { return props_.GetInt(key, value); }
-    void SetUserPropString(const char* key, const char* value) override { props_.Set(key, value); }
-    UserProps& UserProperties() { return props_; }
+    void SetUserPropString(const char* key, const char* value) override;
+    const UserProps& UserProperties() const { return props_; }
+    /// Replaces the text of all properties.
+    void SetUserPropText(const std::string& text);
 
     int NumRefs() override { return kFixedRefs + NumModifiers(); }
     RefTargetHandle GetReference(int i) override;
     void SetReference(int i, RefTargetHandle target) override;
     RefResult NotifyRefChanged(const Interval& changeInt, RefTargetHandle target, PartID& partID,
                                RefMessage message) override;
+    void ReferenceRestored(int which) override;
     int NumSubs() override { return NumRefs(); }
     Animatable* SubAnim(int i) override;
     TSTR SubAnimName(int i) override;
@@ -102,9 +114,21 @@ public:
 
 private:
     enum { kTMRef, kObjectRef, kMtlRef, kVisibilityRef, kTargetRef, kFixedRefs };
+    class PlaceRestore;
+    class ContextRestore;
+    void PutBelow(Node* parent, size_t index);
+    void HoldModifier(int i, bool present, std::unique_ptr<ModContext> context = nullptr);
+    void InsertModifierSlot(int i);
+    void EraseModifierSlot(int i);
+    void MoveModifierSlot(int from, int to);
+    static void DisplayRestored(ReferenceMaker* node);
+    static void NameRestored(ReferenceMaker* node);
+    static void PlaceRestored(ReferenceMaker* node);
+    template <class T>
+    void SetDisplayValue(T& place, const T& value);
     static bool PlaceDependsOn(INode* node, INode* on);
-    void TellTMChanged();
-    void TellChanged(PartID part, RefMessage message = REFMSG_CHANGE);
+    void TellTMChanged(const Interval& when = FOREVER);
+    void TellChanged(PartID part, RefMessage message = REFMSG_CHANGE, const Interval& when = FOREVER);
     void OwnLikeThis(RefTargetHandle copy);
     Matrix3 LookAt(const Matrix3& tm, TimeValue t, Interval& valid);
 

@@ -4,6 +4,7 @@
 
 #include "core/node.h"
 #include "sdk/control.h"
+#include "sdk/hold.h"
 
 namespace host {
 
@@ -49,6 +50,7 @@ bool Node::SetTMController(Control* c) {
 }
 
 void Node::SetObjectOffset(const Matrix3& m) {
+    HoldValue(this, offset_, PlaceRestored);
     offset_ = m;
     TellTMChanged();
 }
@@ -71,11 +73,11 @@ bool Node::PlaceDependsOn(INode* node, INode* on) {
 }
 
 // A moved node moves everything below it.
-void Node::TellTMChanged() {
-    TellChanged(stack_.NodeMoved() ? PART_TM | PART_GEOM : PART_TM);
+void Node::TellTMChanged(const Interval& when) {
+    TellChanged(stack_.NodeMoved() ? PART_TM | PART_GEOM : PART_TM, REFMSG_CHANGE, when);
     const std::vector<Node*> children = children_;
     for (Node* const child : children)
-        if (std::find(children_.begin(), children_.end(), child) != children_.end()) child->TellTMChanged();
+        if (std::find(children_.begin(), children_.end(), child) != children_.end()) child->TellTMChanged(when);
 }
 
 void Node::InvalidateWorldState() {
@@ -83,6 +85,7 @@ void Node::InvalidateWorldState() {
 }
 
 const ObjectState& Node::EvalWorldState(TimeValue t) {
+    const HoldSuspend unrecorded; // results are no edits
     return stack_.Eval(*this, object_, t);
 }
 

@@ -182,6 +182,7 @@ bool ParamBlock2::SetNumber(Param& p, TimeValue t, PB2Value v, int tabIndex) {
     };
     const TargetWatch alive(this); // the accessor may make the owner drop the block
     ClampToRange(*p.def, v);
+    HoldNumber(p);
     WriteNumber(p, t, v, tabIndex);
     if (p.def->accessor) {
         const PB2Value stored = v;

@@ -65,6 +65,7 @@ public:
     int NumSubs() override;
     Animatable* SubAnim(int i) override;
     TSTR SubAnimName(int i) override;
+    void ReferenceRestored(int which) override;
     /// Values and controllers are copied and references cloned. Nodes are not cloned: a node that the remapping knows
     /// is replaced by its clone, others stay. A target that cannot be cloned is shared.
     RefTargetHandle Clone(RemapDir& remap) override;
@@ -74,7 +75,9 @@ private:
         const ParamDef* def = nullptr;
         std::vector<PB2Value> values; ///< one, or the entries of a table
         Control* control = nullptr;
+        uint64_t held = 0; ///< the hold that knows the value
     };
+    class NumberRestore;
     /// Where reference slot `ref` lives: a parameter, and -1 for its controller or the entry.
     struct Place {
         Param* param = nullptr;
@@ -92,7 +95,11 @@ private:
     bool SetReferenceValue(ParamID id, TimeValue t, ReferenceTarget* v, int tabIndex, bool node);
     bool StoreReference(Param& p, TimeValue t, ReferenceTarget* v, int tabIndex);
     bool Accepts(const Param& p, ReferenceTarget* v, int tabIndex);
-    void TellChanged(const Param& p, int tabIndex, PartID part = PART_ALL);
+    void TellChanged(const Param& p, int tabIndex, PartID part = PART_ALL, const Interval& when = FOREVER);
+    void HoldNumber(Param& p);
+    void HoldEntry(const Param& p, int at, bool present);
+    void InsertEntry(Param& p, int at);
+    void EraseEntry(Param& p, int at);
 
     const ParamBlockDesc2* desc_;
     ReferenceMaker* madeFor_;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/paramblock2.h"
+#include "sdk/hold.h"
 #include "sdk/inode.h"
 #include "sdk/mtl.h"
 
@@ -67,11 +68,11 @@ void ParamBlock2::SetReference(int i, RefTargetHandle target) {
         place.param->values[size_t(place.entry)].r = target;
 }
 
-void ParamBlock2::TellChanged(const Param& p, int tabIndex, PartID part) {
+void ParamBlock2::TellChanged(const Param& p, int tabIndex, PartID part, const Interval& when) {
     const TargetWatch alive(this);
     const ParamID outerParam = std::exchange(lastParam_, p.def->id);
     const int outerEntry = std::exchange(lastEntry_, tabIndex);
-    NotifyDependents(FOREVER, part, REFMSG_CHANGE);
+    NotifyDependents(when, part, REFMSG_CHANGE);
     if (alive.Deleted()) return;
     lastParam_ = outerParam;
     lastEntry_ = outerEntry;
@@ -83,7 +84,8 @@ ParamID ParamBlock2::LastNotifyParamID(int* tabIndex) {
 }
 
 // Passes changes of controllers and sub-objects on under the block's own name, with the parameter they belong to.
-RefResult ParamBlock2::NotifyRefChanged(const Interval&, RefTargetHandle target, PartID& partID, RefMessage message) {
+RefResult ParamBlock2::NotifyRefChanged(const Interval& changeInt, RefTargetHandle target, PartID& partID,
+                                        RefMessage message) {
     if (message == REFMSG_TARGET_DELETED) {
         // Which parameter lost its value cannot be told any more: the slot is empty already.
         NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
@@ -94,7 +96,7 @@ RefResult ParamBlock2::NotifyRefChanged(const Interval&, RefTargetHandle target,
     for (const Param& p : params_) {
         for (size_t i = 0; i < p.values.size(); ++i) {
             if (p.control != target && p.values[i].r != target) continue;
-            TellChanged(p, int(i), partID);
+            TellChanged(p, int(i), partID, changeInt);
             return REF_STOP;
         }
     }
@@ -157,7 +159,7 @@ bool ParamBlock2::SetCount(ParamID id, int n) {
     const int now = int(p->values.size());
     if (n < now) return Delete(id, n, now - n);
     if (n == now) return true;
-    p->values.resize(size_t(n));
+    for (int i = now; i < n; ++i) InsertEntry(*p, i);
     TellChanged(*p, -1);
     return true;
 }
@@ -168,11 +170,12 @@ bool ParamBlock2::Append(ParamID id, INode* node) {
     const int at = int(p->values.size());
     if (!Accepts(*p, node, at)) return false;
     const TargetWatch alive(this);
-    p->values.emplace_back();
+    HoldGroup group;
+    InsertEntry(*p, at);
     const bool stored = StoreReference(*p, 0, node, at);
     if (alive.Deleted()) return true;
     if (!stored || !p->values[size_t(at)].r) {
-        p->values.erase(p->values.begin() + at);
+        if (!group.TakeBack()) EraseEntry(*p, at);
         return false;
     }
     TellChanged(*p, at);
@@ -186,7 +189,7 @@ bool ParamBlock2::Delete(ParamID id, int start, int count) {
         return false;
     if (count == 0) return true;
     for (int i = start; i < start + count; ++i) ReplaceReference(SlotOf(*p, i), nullptr);
-    p->values.erase(p->values.begin() + start, p->values.begin() + start + count);
+    for (int i = start + count - 1; i >= start; --i) EraseEntry(*p, i);
     TellChanged(*p, -1);
     return true;
 }
@@ -242,8 +245,10 @@ RefTargetHandle ParamBlock2::Clone(RemapDir& remap) {
             ReferenceTarget* const r = from.values[i].r;
             if (!r) continue;
             const bool isNode = r->SuperClassID() == BASENODE_CLASS_ID;
-            ReferenceTarget* const own = isNode ? remap.FindMapping(r) : remap.CloneRef(r);
-            copy->ReplaceReference(copy->SlotOf(to, int(i)), own ? own : r);
+            ReferenceTarget* const own = isNode ? nullptr : remap.CloneRef(r);
+            const int slot = copy->SlotOf(to, int(i));
+            copy->ReplaceReference(slot, own ? own : r);
+            if (isNode) remap.Backpatch(copy, slot, r);
         }
     }
     return copy;

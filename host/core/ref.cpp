@@ -1,13 +1,21 @@
-// References: slots, back references, circles, cloning with remapping.
+// References: slots, back references, circles, handles.
 
 #include "sdk/ref.h"
 
 #include <algorithm>
 #include <unordered_set>
 
+#include "core/undo_records.h"
+#include "sdk/hold.h"
+
 ReferenceMaker::~ReferenceMaker() {
     // Classes that forgot DeleteAllRefs must not leave dangling back references behind.
     while (!targets_.empty()) Unlink(targets_.back());
+    ReleaseHandles();
+}
+
+void ReferenceMaker::ReleaseHandles() {
+    while (handles_) handles_->Set(nullptr);
 }
 
 bool ReferenceMaker::IsLinked(RefTargetHandle target) const {
@@ -43,13 +51,29 @@ RefResult ReferenceMaker::ReplaceReference(int which, RefTargetHandle target) {
     SetReference(which, target);
     const RefTargetHandle stored = GetReference(which);
     if (stored != old) {
+        if (theHold.Holding()) theHold.Put(new host::RefRestore(this, which, old));
         if (stored) Link(stored);
         if (old) Unlink(old);
     }
     return stored == target ? REF_SUCCEED : REF_FAIL;
 }
 
+int ReferenceMaker::FindRef(RefTargetHandle target) {
+    for (int i = 0; i < NumRefs(); ++i)
+        if (GetReference(i) == target) return i;
+    return -1;
+}
+
+void ReferenceMaker::ReferenceRestored(int which) {
+    const RefTargetHandle target = GetReference(which);
+    const MakerHandle self(this);
+    PartID part = PART_ALL;
+    if (target && NotifyRefChanged(FOREVER, target, part, REFMSG_CHANGE) == REF_STOP) return;
+    if (const RefTargetHandle me = self.Target()) me->NotifyDependents(FOREVER, part, REFMSG_CHANGE);
+}
+
 void ReferenceMaker::DeleteAllRefs() {
+    const HoldSuspend unrecorded;
     for (int i = NumRefs() - 1; i >= 0; --i)
         if (i < NumRefs() && GetReference(i)) ReplaceReference(i, nullptr);
     while (!targets_.empty()) Unlink(targets_.back());
@@ -79,18 +103,27 @@ bool DependsOn(ReferenceMaker* maker, RefTargetHandle target) {
     return false;
 }
 
-RefTargetHandle RemapDir::FindMapping(RefTargetHandle from) const {
-    const auto it = map_.find(from);
-    return it == map_.end() ? nullptr : it->second;
+MakerHandle::MakerHandle(ReferenceMaker* maker, bool keep) : keep_(keep) {
+    Set(maker);
 }
 
-RefTargetHandle RemapDir::CloneRef(RefTargetHandle from) {
-    if (!from) return nullptr;
-    if (const RefTargetHandle known = FindMapping(from)) return known;
-    const RefTargetHandle to = from->Clone(*this);
-    if (to) {
-        to->SetAutoDelete(from->AutoDelete());
-        AddEntry(from, to);
+RefTargetHandle MakerHandle::Target() const {
+    return maker_ && maker_->IsRefTarget() ? static_cast<RefTargetHandle>(maker_) : nullptr;
+}
+
+void MakerHandle::Set(ReferenceMaker* maker) {
+    if (maker == maker_) return;
+    const RefTargetHandle left = Target();
+    if (maker_) {
+        (previous_ ? previous_->next_ : maker_->handles_) = next_;
+        if (next_) next_->previous_ = previous_;
     }
-    return to;
+    maker_ = maker;
+    previous_ = nullptr;
+    next_ = maker ? maker->handles_ : nullptr;
+    if (next_) next_->previous_ = this;
+    if (maker) maker->handles_ = this;
+    if (!keep_) return;
+    if (const RefTargetHandle kept = Target()) ++kept->keeps_;
+    if (left && --left->keeps_ == 0 && left->orphaned_) left->DeleteIfOrphaned();
 }

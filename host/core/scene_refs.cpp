@@ -1,4 +1,5 @@
 #include "core/scene_refs.h"
+#include "sdk/hold.h"
 
 #include <algorithm>
 
@@ -19,14 +20,37 @@ bool SceneRefs::SetColorController(int slot, Control* c) {
 
 void SceneRefs::AddAtmospheric(Atmospheric* a) {
     if (!a || std::find(atmospherics_.begin(), atmospherics_.end(), a) != atmospherics_.end()) return;
-    atmospherics_.push_back(nullptr);
+    const HoldGroup group;
+    InsertSlot(atmospherics_.size());
     ReplaceReference(NumRefs() - 1, a);
 }
 
 void SceneRefs::RemoveAtmospheric(int i) {
     if (i < 0 || i >= int(atmospherics_.size())) return;
-    ReplaceReference(kFixedRefs + i, nullptr);
-    atmospherics_.erase(atmospherics_.begin() + i);
+    const HoldGroup group;
+    EraseSlot(size_t(i));
+}
+
+void SceneRefs::HoldSlot(size_t i, bool present) {
+    if (!theHold.Holding()) return;
+    theHold.Put(new SlotRestore(this, present, [this, i](bool in) {
+        if (in)
+            InsertSlot(std::min(i, atmospherics_.size()));
+        else if (i < atmospherics_.size())
+            EraseSlot(i);
+    }));
+}
+
+void SceneRefs::InsertSlot(size_t i) {
+    atmospherics_.insert(atmospherics_.begin() + std::ptrdiff_t(i), nullptr);
+    HoldSlot(i, true);
+}
+
+// Takes out a slot, emptying it first.
+void SceneRefs::EraseSlot(size_t i) {
+    ReplaceReference(kFixedRefs + int(i), nullptr);
+    atmospherics_.erase(atmospherics_.begin() + std::ptrdiff_t(i));
+    HoldSlot(i, false);
 }
 
 RefTargetHandle SceneRefs::GetReference(int i) {
@@ -43,7 +67,9 @@ void SceneRefs::SetReference(int i, RefTargetHandle target) {
 }
 
 RefResult SceneRefs::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message) {
-    if (message == REFMSG_TARGET_DELETED) std::erase(atmospherics_, nullptr);
+    if (message == REFMSG_TARGET_DELETED)
+        for (size_t i = atmospherics_.size(); i-- > 0;)
+            if (!atmospherics_[i]) EraseSlot(i);
     return REF_SUCCEED;
 }
 

@@ -38,6 +38,10 @@ public:
     RefResult NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message) override;
 
 private:
+    void HoldSlot(size_t i, bool present);
+    void InsertSlot(size_t i);
+    void EraseSlot(size_t i);
+
     RefTargetHandle slots_[kFixedRefs] = {};
     std::vector<Atmospheric*> atmospherics_;
 };

@@ -4,11 +4,16 @@
 
 namespace host {
 
-void TargetOwner::Adopt(ReferenceTarget* target) {
+void TargetOwner::Adopt(ReferenceTarget* target, size_t index) {
     if (!target || target->owner_ == this) return;
     if (target->owner_) target->owner_->Forget(target);
     target->owner_ = this;
-    targets_.push_back(target);
+    targets_.insert(targets_.begin() + std::ptrdiff_t(std::min(index, targets_.size())), target);
+}
+
+size_t TargetOwner::IndexOf(const ReferenceTarget* target) const {
+    const auto it = std::find(targets_.rbegin(), targets_.rend(), target);
+    return it == targets_.rend() ? targets_.size() : size_t(std::next(it).base() - targets_.begin());
 }
 
 void TargetOwner::Release(ReferenceTarget* target) {

@@ -15,12 +15,15 @@ public:
     TargetOwner& operator=(const TargetOwner&) = delete;
     ~TargetOwner() { DeleteAll(); }
 
-    /// Takes over the duty to delete `target`; a former owner gives it up. Null is ignored.
-    void Adopt(ReferenceTarget* target);
+    /// Takes over the duty to delete `target`; a former owner gives it up. Null is ignored. `index` is its place among
+    /// the others, by default behind them.
+    void Adopt(ReferenceTarget* target, size_t index = size_t(-1));
     /// Gives the duty back to the caller.
     void Release(ReferenceTarget* target);
     /// The owner of `target`, or null.
     static TargetOwner* Of(const ReferenceTarget* target) { return target->owner_; }
+    /// Place of an owned target.
+    size_t IndexOf(const ReferenceTarget* target) const;
     bool Owns(const ReferenceTarget* target) const { return target && target->owner_ == this; }
     /// Deletes everything through DeleteThis, dependents before what they refer to.
     void DeleteAll();

@@ -10,6 +10,7 @@
 #include <OpenEXR/ImfOutputFile.h>
 #include <OpenEXR/ImfStandardAttributes.h>
 #include <OpenEXR/ImfStringAttribute.h>
+#include <OpenEXR/ImfThreading.h>
 
 namespace host {
 
@@ -56,56 +57,80 @@ Imath::half ToHalf(float v) {
     return Imath::half(std::clamp(v, -65504.0f, 65504.0f));
 }
 
-/// One line of the picture in the file's types: colour, background, depth.
-struct Line {
-    explicit Line(const Picture& p) : color(size_t(p.Width()) * 4), background(size_t(p.Width()) * 3) {
-        depth.resize(size_t(p.Width()));
+/// Some lines of the picture in the file's types: colour, background, depth.
+struct Strip {
+    Strip(const Picture& p, int lines) : width(size_t(p.Width())) {
+        const size_t pixels = width * size_t(lines);
+        color.resize(pixels * 4);
+        background.resize(pixels * 3);
+        depth.resize(pixels);
     }
-    void Fill(const Picture& p, int y) {
-        const float* const z = p.Z() ? p.Z() + size_t(y) * size_t(p.Width()) : nullptr;
-        for (int x = 0; x < p.Width(); ++x) {
+    /// Takes over `lines` lines from line `first` on.
+    void Fill(const Picture& p, int first, int lines) {
+        for (int y = 0; y < lines; ++y) FillLine(p, first + y, size_t(y) * width);
+    }
+    void FillLine(const Picture& p, int y, size_t at) {
+        const float* const z = p.Z() ? p.Z() + size_t(y) * width : nullptr;
+        for (int x = 0; x < p.Width(); ++x, ++at) {
             const AColor c = p.GetPixel(x, y);
             const Color b = p.GetBackground(x, y);
             const float values[] = {c.r, c.g, c.b, c.a};
-            for (int i = 0; i < 4; ++i) color[size_t(x) * 4 + size_t(i)] = ToHalf(values[i]);
-            for (int i = 0; i < 3; ++i) background[size_t(x) * 3 + size_t(i)] = ToHalf(b[i]);
-            if (z) depth[size_t(x)] = -z[x];
+            for (size_t i = 0; i < 4; ++i) color[at * 4 + i] = ToHalf(values[i]);
+            for (size_t i = 0; i < 3; ++i) background[at * 3 + i] = ToHalf(b[int(i)]);
+            if (z) depth[at] = -z[x];
         }
     }
+    size_t width;
     std::vector<Imath::half> color, background;
     std::vector<float> depth;
 };
 
-/// Adds a channel whose every line is read from the same buffer, which is filled before each line.
-void AddChannel(Imf::Header& header, Imf::FrameBuffer& buffer, const char* name, Imf::PixelType type, void* first,
-                size_t step) {
-    header.channels().insert(name, Imf::Channel(type));
-    buffer.insert(name, Imf::Slice(type, static_cast<char*>(first), step, 0));
+struct Channel {
+    const char* name;
+    Imf::PixelType type;
+    char* data; ///< of the strip's first pixel
+    size_t step;
+};
+
+std::vector<Channel> Channels(const Picture& picture, Strip& strip) {
+    constexpr size_t kHalf = sizeof(Imath::half);
+    const auto at = [](auto& values, size_t i) { return reinterpret_cast<char*>(values.data() + i); };
+    std::vector<Channel> channels;
+    const char* const colorNames[] = {"R", "G", "B", "A"};
+    const char* const backgroundNames[] = {"background.R", "background.G", "background.B"};
+    for (size_t i = 0; i < 4; ++i) channels.push_back({colorNames[i], Imf::HALF, at(strip.color, i), 4 * kHalf});
+    for (size_t i = 0; i < 3 && picture.HasBackground(); ++i)
+        channels.push_back({backgroundNames[i], Imf::HALF, at(strip.background, i), 3 * kHalf});
+    if (picture.Z()) channels.push_back({"Z", Imf::FLOAT, at(strip.depth, 0), sizeof(float)});
+    return channels;
 }
 
 } // namespace
 
-void WriteExr(const Picture& picture, OutputFile& file) {
+void WriteExr(const Picture& picture, OutputFile& file, int threads) {
+    // The file packs blocks of that many lines, each on a thread of its own.
+    constexpr int kBlockLines = 16;
+    const int stripLines = std::min(kBlockLines * std::max(1, threads), picture.Height());
     Imf::Header header(picture.Width(), picture.Height(), picture.Aspect());
     header.compression() = Imf::ZIP_COMPRESSION;
     AddAttributes(picture, header);
-    Line line(picture);
-    Imf::FrameBuffer buffer;
-    const char* const colorNames[] = {"R", "G", "B", "A"};
-    const char* const backgroundNames[] = {"background.R", "background.G", "background.B"};
-    constexpr size_t kHalf = sizeof(Imath::half);
-    for (size_t i = 0; i < 4; ++i)
-        AddChannel(header, buffer, colorNames[i], Imf::HALF, line.color.data() + i, 4 * kHalf);
-    for (size_t i = 0; i < 3 && picture.HasBackground(); ++i)
-        AddChannel(header, buffer, backgroundNames[i], Imf::HALF, line.background.data() + i, 3 * kHalf);
-    if (picture.Z()) AddChannel(header, buffer, "Z", Imf::FLOAT, line.depth.data(), sizeof(float));
+    Strip strip(picture, stripLines);
+    const std::vector<Channel> channels = Channels(picture, strip);
+    for (const Channel& c : channels) header.channels().insert(c.name, Imf::Channel(c.type));
 
+    if (threads > 1 && Imf::globalThreadCount() < threads) Imf::setGlobalThreadCount(threads);
     Stream stream(file);
-    Imf::OutputFile out(stream, header, 0);
-    out.setFrameBuffer(buffer);
-    for (int y = 0; y < picture.Height(); ++y) {
-        line.Fill(picture, y);
-        out.writePixels(1);
+    Imf::OutputFile out(stream, header, threads > 1 ? threads : 0);
+    for (int y = 0; y < picture.Height(); y += stripLines) {
+        const int lines = std::min(stripLines, picture.Height() - y);
+        strip.Fill(picture, y, lines);
+        Imf::FrameBuffer buffer;
+        for (const Channel& c : channels) {
+            const size_t lineStep = c.step * size_t(picture.Width());
+            buffer.insert(c.name, Imf::Slice(c.type, c.data - size_t(y) * lineStep, c.step, lineStep));
+        }
+        out.setFrameBuffer(buffer);
+        out.writePixels(lines);
     }
 }
 

@@ -6,7 +6,8 @@
 
 namespace host {
 
-/// Writes the picture into `file` (see WritePicture). Throws Error or the library's exceptions.
-void WriteExr(const Picture& picture, OutputFile& file);
+/// Writes the picture into `file` (see WritePicture), packing it on `threads` threads. Throws Error or the library's
+/// exceptions.
+void WriteExr(const Picture& picture, OutputFile& file, int threads);
 
 } // namespace host

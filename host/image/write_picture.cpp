@@ -15,9 +15,10 @@ namespace {
 
 struct Form {
     const char* extension;
-    void (*write)(const Picture&, OutputFile&);
+    void (*write)(const Picture&, OutputFile&, int threads);
 };
-constexpr Form kForms[] = {{".png", WritePng}, {".exr", WriteExr}};
+constexpr Form kForms[] = {{".png", [](const Picture& p, OutputFile& file, int) { WritePng(p, file); }},
+                           {".exr", WriteExr}};
 
 const Form& FormOf(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
@@ -34,12 +35,12 @@ const Form& FormOf(const std::string& path) {
 
 } // namespace
 
-void WritePicture(const Picture& picture, const std::string& path) {
+void WritePicture(const Picture& picture, const std::string& path, int threads) {
     const Form& form = FormOf(path);
     if (picture.Width() < 1 || picture.Height() < 1) throw Error(path + ": cannot write: the picture has no pixels");
     OutputFile file(path);
     try {
-        form.write(picture, file);
+        form.write(picture, file, threads);
     } catch (const Error&) {
         throw;
     } catch (const std::exception& e) {

@@ -1,6 +1,7 @@
 #include "materials/multi_mtl.h"
 
 #include "core/host_classes.h"
+#include "sdk/hold.h"
 
 namespace host {
 
@@ -11,14 +12,24 @@ ClassDesc* MultiMtlDesc() {
 
 void MultiMtl::SetSubMtl(int i, Mtl* m) {
     if (i < 0 || i >= kMost) return;
-    if (i >= NumSubMtls()) subs_.resize(size_t(i) + 1);
+    const HoldGroup group;
+    if (i >= NumSubMtls()) Resize(i + 1);
     ReplaceReference(i, m);
 }
 
 void MultiMtl::SetNumSubMtls(int n) {
-    if (n < 0 || n > kMost) return;
-    for (int i = NumSubMtls() - 1; i >= n; --i) ReplaceReference(i, nullptr);
+    if (n < 0 || n > kMost || n == NumSubMtls()) return;
+    const HoldGroup group;
+    Resize(n);
+}
+
+// What falls off the end is let go first.
+void MultiMtl::Resize(int n) {
+    const int was = NumSubMtls();
+    for (int i = was - 1; i >= n; --i) ReplaceReference(i, nullptr);
     subs_.resize(size_t(n));
+    if (theHold.Holding())
+        theHold.Put(new SlotRestore(this, true, [this, n, was](bool now) { Resize(now ? n : was); }));
 }
 
 void MultiMtl::SetReference(int i, RefTargetHandle target) {

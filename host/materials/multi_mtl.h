@@ -46,6 +46,8 @@ public:
     RefTargetHandle Clone(RemapDir& remap) override;
 
 private:
+    void Resize(int n);
+
     std::vector<Mtl*> subs_;
 };
 

@@ -1,5 +1,9 @@
 #include "modifiers/mesh_select.h"
 
+#include <utility>
+
+#include "sdk/hold.h"
+
 namespace host {
 
 namespace {
@@ -43,29 +47,71 @@ ClassDesc* MeshSelectDesc() {
     return &Desc();
 }
 
+/// The state before the first change in a hold.
+class MeshSelectData::StateRestore : public RestoreObj {
+public:
+    explicit StateRestore(const std::shared_ptr<Kept>& kept) : kept_(kept), saved_(kept->now) {}
+    void Restore(int) override { Exchange(); }
+    void Redo() override { Exchange(); }
+    TSTR Description() override { return "Selection"; }
+
+private:
+    void Exchange() {
+        std::swap(kept_->now, saved_);
+        if (const auto owner = kept_->owner.lock()) (*owner)->LocalDataChanged();
+    }
+    std::shared_ptr<Kept> kept_;
+    State saved_;
+};
+
+std::shared_ptr<MeshSelectData::Kept> MeshSelectData::MakeKept(const State& from) {
+    // Others change the lists of sets directly.
+    const auto itself = std::make_shared<std::weak_ptr<Kept>>();
+    const auto kept = std::make_shared<Kept>([itself] {
+        if (const auto changing = itself->lock()) HoldState(changing);
+    });
+    *itself = kept;
+    kept->now = from;
+    return kept;
+}
+
+void MeshSelectData::HoldState(const std::shared_ptr<Kept>& kept) {
+    if (HoldOnce(kept->held)) theHold.Put(new StateRestore(kept));
+}
+
+MeshSelectData::State& MeshSelectData::Change() {
+    HoldState(kept_);
+    return kept_->now;
+}
+
 void MeshSelectData::SetVertSel(const BitArray& set, IMeshSelect*, TimeValue) {
-    vertSel_ = set;
-    vertRule_ = false;
+    State& s = Change();
+    s.vertSel = set;
+    s.vertRule = false;
 }
 
 void MeshSelectData::SetFaceSel(const BitArray& set, IMeshSelect*, TimeValue) {
-    faceSel_ = set;
-    faceRule_ = false;
+    State& s = Change();
+    s.faceSel = set;
+    s.faceRule = false;
 }
 
 void MeshSelectData::SetRule(const SelectionRule& rule) {
-    rule_ = rule;
-    faceRule_ = vertRule_ = true;
+    State& s = Change();
+    s.rule = rule;
+    s.faceRule = s.vertRule = true;
 }
 
 void MeshSelectData::AddSetRule(const std::string& name, const SelectionRule& rule) {
-    setRules_.emplace_back(name, rule);
+    Change().setRules.emplace_back(name, rule);
 }
 
-void MeshSelectData::Resolve(const Mesh& mesh) {
-    if (faceRule_) faceSel_ = SelectFaces(mesh, rule_);
-    if (vertRule_) vertSel_ = SelectVertices(mesh, rule_);
-    for (const auto& [name, rule] : setRules_) faceSets_.AppendSet(SelectFaces(mesh, rule), name);
+void MeshSelectData::Resolve(const Mesh& mesh, const std::shared_ptr<MeshSelect*>& owner) {
+    kept_->owner = owner;
+    State& s = kept_->now; // results are no edits
+    if (s.faceRule) s.faceSel = SelectFaces(mesh, s.rule);
+    if (s.vertRule) s.vertSel = SelectVertices(mesh, s.rule);
+    for (const auto& [name, rule] : s.setRules) s.faceSets.AppendSet(SelectFaces(mesh, rule), name);
 }
 
 MeshSelect::MeshSelect() {
@@ -86,7 +132,7 @@ ChannelMask MeshSelect::ChannelsUsed() {
 void MeshSelect::ModifyObject(TimeValue t, ModContext& mc, ObjectState* os, INode*) {
     Mesh& mesh = static_cast<TriObject*>(os->obj)->mesh;
     MeshSelectData& data = DataIn(mc);
-    data.Resolve(mesh);
+    data.Resolve(mesh, self_);
     mesh.faceSel = data.GetFaceSel();
     mesh.faceSel.SetSize(mesh.getNumFaces());
     mesh.vertSel = data.GetVertSel();

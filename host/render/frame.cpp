@@ -4,6 +4,7 @@
 
 #include "core/host_classes.h"
 #include "core/light.h"
+#include "core/notify_scope.h"
 #include "materials/bitmap_map.h"
 #include "materials/checker_map.h"
 #include "materials/multi_mtl.h"
@@ -61,6 +62,8 @@ FrameResult RenderFrame(Core& core, const FrameSettings& settings, RenderProgres
                         FrameStats& stats) {
     CheckFrameSettings(core, settings);
     const Core::Scope current(core);
+    TimeValue time = settings.time;
+    const NotifyScope frame(core, NOTIFY_PRE_RENDERFRAME, NOTIFY_POST_RENDERFRAME, &time);
     return CurrentRenderer(core).Render(core, settings, progress, out, stats);
 }
 

@@ -9,6 +9,7 @@ namespace {
 using enum KeyType;
 
 constexpr double kMost = 1e30;
+constexpr const char* kBeyondWords = "constant|cycle|loop|pingpong|linear";
 
 constexpr SceneKey kFile[] = {
     {"scene", kTable, "", "", "what the scene holds", 0, 0, "scene"},
@@ -168,7 +169,23 @@ constexpr SceneKey kKeys[] = {
      "\"render\" for the hair renderer"},
     {"parameter", kText, "", "", "the parameter's internal or script name"},
     {"values", kRows, "[]", "", "[frame, value] or [frame, red, green, blue] for every key"},
-    {"interpolation", kChoice, "\"linear\"", "", "how values go from key to key", 0, 0, "linear|constant"},
+    {"interpolation", kChoice, "\"linear\"", "",
+     "how values go from key to key; constant is another word for step. A bezier key may have its own tangents: behind "
+     "the value the change a frame on "
+     "the "
+     "way in, then on the way out (rotations: degrees a frame about the parent's X, Y and Z)",
+     0, 0, "linear|bezier|step|constant"},
+    {"tangents", kChoice, "\"auto\"", "",
+     "of bezier keys without own ones: along the neighbours, never beyond their values, or smooth at any rate", 0, 0,
+     "auto|smooth"},
+    {"out_of_range", kChoice, "\"constant\"", "",
+     "what follows the last key: its value, the range again and again (cycle; loop also leads from the last key to the "
+     "first where the range is longer than the keys), forth and back, or straight on",
+     0, 0, kBeyondWords},
+    {"before_range", kChoice, "", "", "the same before the first key; as out_of_range when left out", 0, 0,
+     kBeyondWords},
+    {"range", kPair, "", "frames",
+     "first and last frame of what repeats; from the first to the last key when left out"},
 };
 
 constexpr SceneKey kHair[] = {

@@ -1,5 +1,8 @@
 // [[keys]].
 
+#include <algorithm>
+#include <numbers>
+
 #include "core/controllers.h"
 #include "core/euler.h"
 #include "scene/load_context.h"
@@ -8,62 +11,112 @@ namespace host {
 
 namespace {
 
-// The keys of one list, checked: a frame and `width` numbers each, one key a frame at most.
-class KeyRows {
+enum Interpolation { kLinear, kBezier, kStep };
+constexpr OutOfRangeType kBeyond[] = {ORT_CONSTANT, ORT_CYCLE, ORT_LOOP, ORT_OSCILLATE, ORT_LINEAR};
+
+// A key's numbers behind its frame, and behind them the tangents' where it has own ones.
+struct Row {
+    TimeValue time;
+    const float* value;
+    const float *in = nullptr, *out = nullptr;
+};
+
+// What a table says of all its keys.
+class KeySettings {
 public:
-    KeyRows(LoadContext& context, const SectionReader& reader, const char* key, size_t width)
-        : rows_(reader.Rows(key)), context_(context), line_(reader.LineOf(key)) {
-        for (const std::vector<float>& row : rows_)
-            if (row.size() != width + 1)
-                reader.FailAtKey(key, "a key of " + Quoted(key) + " has " + std::to_string(row.size()) +
-                                          " numbers, expected " + std::to_string(width + 1) + " with the frame first");
-        kind_ = reader.Choice("interpolation") == 1 ? KeyKind::Constant : KeyKind::Linear;
+    KeySettings(LoadContext& context, const SectionReader& reader) : context_(context), reader_(reader) {
+        interpolation_ = Interpolation(std::min(reader.Choice("interpolation"), int(kStep))); // kStep has two words
+        constexpr TangentType kTypes[] = {TangentType::Linear, TangentType::Auto, TangentType::Step};
+        type_ = kTypes[interpolation_];
+        if (interpolation_ == kBezier && reader.Choice("tangents") == 1) type_ = TangentType::Smooth;
     }
-    bool Empty() const { return rows_.empty(); }
-    template <class Control, class ValueOf>
-    void Set(Control* control, ValueOf&& valueOf) const {
-        for (const std::vector<float>& row : rows_) {
-            const TimeValue t = context_.At(line_, [&] { return context_.Ticks(double(row[0])); });
-            control->SetKey(t, valueOf(row), kind_);
+
+    /// Makes the keys of the list `key`, checked: a frame, `width` numbers, and in Bezier lists perhaps twice as many
+    /// for the tangents. False when there is no such list.
+    template <class Control, class ValueOf, class TangentOf>
+    bool Make(Control& control, const char* key, size_t width, ValueOf&& valueOf, TangentOf&& tangentOf) const {
+        const std::vector<std::vector<float>> rows = reader_.Rows(key);
+        if (rows.empty()) return false;
+        if (interpolation_ == kBezier) control.SetKeyClass(KeyClass::Bezier);
+        for (const std::vector<float>& numbers : rows) {
+            const Row row = Check(numbers, key, width);
+            typename Control::Key made;
+            made.time = row.time;
+            made.in = made.out = row.in ? TangentType::Custom : type_;
+            made.val = valueOf(row.value);
+            if (row.in) made.intan = tangentOf(row.in), made.outtan = tangentOf(row.out);
+            control.SetKey(made);
         }
+        SetEnds(control);
+        return true;
     }
 
 private:
-    std::vector<std::vector<float>> rows_;
+    Row Check(const std::vector<float>& numbers, const char* key, size_t width) const {
+        const bool tangents = interpolation_ == kBezier && numbers.size() == 3 * width + 1;
+        if (numbers.size() != width + 1 && !tangents)
+            reader_.FailAtKey(
+                key, "a key of " + Quoted(key) + " has " + std::to_string(numbers.size()) + " numbers, expected " +
+                         std::to_string(width + 1) + " with the frame first" +
+                         (interpolation_ == kBezier ? ", or " + std::to_string(3 * width + 1) + " with tangents" : ""));
+        Row row{context_.At(reader_.LineOf(key), [&] { return context_.Ticks(double(numbers[0])); }),
+                numbers.data() + 1};
+        if (tangents) row.in = row.value + width, row.out = row.in + width;
+        return row;
+    }
+    void SetEnds(Control& control) const {
+        const OutOfRangeType after = kBeyond[reader_.Choice("out_of_range")];
+        control.SetORT(after, ORT_AFTER);
+        control.SetORT(reader_.Has("before_range") ? kBeyond[reader_.Choice("before_range")] : after, ORT_BEFORE);
+        if (!reader_.Has("range")) return;
+        const auto range = reader_.Pair("range");
+        const auto ticks = [&](float frame) {
+            return context_.At(reader_.LineOf("range"), [&] { return context_.Ticks(double(frame)); });
+        };
+        if (!(range[0] < range[1])) reader_.FailAtKey("range", "'range' is empty, expected its later frame second");
+        control.EditTimeRange({ticks(range[0]), ticks(range[1])});
+    }
+
     LoadContext& context_;
-    int line_;
-    KeyKind kind_;
+    const SectionReader& reader_;
+    Interpolation interpolation_;
+    TangentType type_;
 };
 
-Point3 RowPoint(const std::vector<float>& row) {
-    return {row[1], row[2], row[3]};
+Point3 PointAt(const float* numbers) {
+    return {numbers[0], numbers[1], numbers[2]};
 }
 
-template <class Control, class ValueOf>
-void SetTransformKeys(LoadContext& context, const SectionReader& reader, const char* key, ::Control* part,
-                      ValueOf&& valueOf) {
-    const KeyRows rows(context, reader, key, 3);
-    auto* const control = dynamic_cast<Control*>(part);
-    if (control && !rows.Empty()) rows.Set(control, valueOf);
+template <class C>
+void MakePartKeys(const KeySettings& settings, Control* part, const char* key, float perFrame) {
+    if (auto* const control = dynamic_cast<C*>(part))
+        settings.Make(*control, key, 3, PointAt, [perFrame](const float* n) { return PointAt(n) * perFrame; });
 }
 
 void LoadNodeKeys(LoadContext& context, const SectionReader& reader) {
     INode* const node = context.At(reader.LineOf("node"), [&] { return context.NodeNamed(reader.Required("node")); });
     PrsControl* const tm = TransformOf(context, node);
-    SetTransformKeys<PositionControl>(context, reader, "position", tm->Position(), RowPoint);
-    SetTransformKeys<RotationControl>(context, reader, "rotation", tm->Rotation(), [](const std::vector<float>& row) {
-        return QuatFromMatrix(EulerMatrix(RowPoint(row)));
-    });
-    SetTransformKeys<ScaleControl>(context, reader, "scale", tm->Scale(), RowPoint);
+    const KeySettings settings(context, reader);
+    const float perFrame = 1.0f / float(context.core.GetTicksPerFrame());
+    MakePartKeys<PositionControl>(settings, tm->Position(), "position", perFrame);
+    MakePartKeys<ScaleControl>(settings, tm->Scale(), "scale", perFrame);
+    auto* const rotation = dynamic_cast<RotationControl*>(tm->Rotation());
+    if (!rotation) return;
+    // Scene files turn counter-clockwise, quaternions the other way.
+    const float radians = -float(std::numbers::pi / 180) * perFrame;
+    settings.Make(
+        *rotation, "rotation", 3, [](const float* n) { return QuatFromMatrix(EulerMatrix(PointAt(n))); },
+        [radians](const float* n) { return PointAt(n) * radians; });
 }
 
-template <class Control, class ValueOf>
-void SetParamKeys(LoadContext& context, const SectionReader& reader, const ParamPlace& place, size_t width,
-                  ValueOf&& valueOf) {
-    const KeyRows rows(context, reader, "values", width);
-    if (rows.Empty()) reader.Fail("no 'values', expected keys of the parameter");
-    auto* const control = context.core.Adopt(new Control);
-    rows.Set(control, valueOf);
+template <class C, class ValueOf>
+void MakeParamKeys(LoadContext& context, const SectionReader& reader, const ParamPlace& place, size_t width,
+                   ValueOf&& valueOf) {
+    auto* const control = context.core.Adopt(new C);
+    const float perFrame = 1.0f / float(context.core.GetTicksPerFrame());
+    const KeySettings settings(context, reader);
+    if (!settings.Make(*control, "values", width, valueOf, [&](const float* n) { return valueOf(n) * perFrame; }))
+        reader.Fail("no 'values', expected keys of the parameter");
     if (!place.block->SetController(place.def->id, control))
         reader.FailAtKey("parameter",
                          Quoted(place.def->intName) + " cannot change over time, expected another parameter");
@@ -75,8 +128,8 @@ void LoadParamKeys(LoadContext& context, const SectionReader& reader) {
         context.At(reader.LineOf("object"), [&] { return FindObject(context.scene, object); });
     const ParamPlace place = context.At(reader.LineOf("parameter"), [&] { return FindParam(target, object, param); });
     if (place.def->type == TYPE_RGBA || place.def->type == TYPE_POINT3)
-        return SetParamKeys<Point3Control>(context, reader, place, 3, RowPoint);
-    SetParamKeys<FloatControl>(context, reader, place, 1, [](const std::vector<float>& row) { return row[1]; });
+        return MakeParamKeys<Point3Control>(context, reader, place, 3, PointAt);
+    MakeParamKeys<FloatControl>(context, reader, place, 1, [](const float* n) { return *n; });
 }
 
 } // namespace

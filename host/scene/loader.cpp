@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/nearest_name.h"
+#include "core/notify_scope.h"
 #include "scene/key_check.h"
 #include "scene/load_context.h"
 
@@ -64,6 +65,7 @@ TimeValue LoadContext::Ticks(double frame) const {
 }
 
 LoadedScene LoadScene(Core& core, const std::string& file) {
+    NotifyScope opening(core, NOTIFY_FILE_PRE_OPEN, NOTIFY_FILE_OPEN_FAILED, const_cast<char*>(file.c_str()));
     LoadedScene scene;
     scene.file = file;
     const TomlValue root = ParseToml(file, ReadWholeFile(file, size_t(64) << 20));
@@ -81,6 +83,7 @@ LoadedScene LoadScene(Core& core, const std::string& file) {
     LoadHairObjects(context);
     LoadHairRenderer(context);
     LoadKeys(context);
+    opening.SetAfter(NOTIFY_FILE_POST_OPEN);
     return scene;
 }
 

@@ -2,6 +2,7 @@
 // Atmospheric effects, render effects, shadow types, and the samplers of an atmosphere blender.
 
 #include "sdk/color.h"
+#include "sdk/hold.h"
 #include "sdk/point3.h"
 #include "sdk/ref.h"
 #include "sdk/shadecontext.h"
@@ -16,9 +17,15 @@ class SFXParamDlg;
 class SpecialFX : public ReferenceTarget {
 public:
     virtual TSTR GetName() { return fxName_; }
-    virtual void SetName(const TSTR& s) { fxName_ = s; }
+    virtual void SetName(const TSTR& s) {
+        HoldValue(this, fxName_);
+        fxName_ = s;
+    }
     virtual bool Active(TimeValue t) { return !disabled_; }
-    void SetDisabled(bool on) { disabled_ = on; }
+    void SetDisabled(bool on) {
+        HoldValue(this, disabled_);
+        disabled_ = on;
+    }
     /// Brings the effect to `t`, once a frame, before any sample; `valid` is narrowed.
     virtual int Update(TimeValue t, Interval& valid) { return 1; }
     virtual SFXParamDlg* CreateParamDialog(class Interface*) { return nullptr; }

@@ -42,6 +42,7 @@ inline constexpr SClass_ID SHADER_CLASS_ID = 0x10b0;
 inline constexpr SClass_ID SHADOW_TYPE_CLASS_ID = 0x10d0;
 inline constexpr SClass_ID CTRL_FLOAT_CLASS_ID = 0x9003;
 inline constexpr SClass_ID CTRL_POINT3_CLASS_ID = 0x9004;
+inline constexpr SClass_ID CTRL_POINT4_CLASS_ID = 0x9005;
 inline constexpr SClass_ID CTRL_MATRIX3_CLASS_ID = 0x9008;
 inline constexpr SClass_ID CTRL_POSITION_CLASS_ID = 0x9009;
 inline constexpr SClass_ID CTRL_ROTATION_CLASS_ID = 0x900a;

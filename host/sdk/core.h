@@ -7,6 +7,7 @@
 
 #include "sdk/atmos.h"
 #include "sdk/inode.h"
+#include "sdk/notify.h"
 #include "sdk/render.h"
 
 class ClassDesc;
@@ -27,10 +28,6 @@ public:
     virtual ~LogSys() = default;
     virtual void LogEntry(int type, bool dialogue, const char* title, const char* text) = 0;
 };
-
-// Codes of scene notifications.
-inline constexpr int NOTIFY_FILE_POST_OPEN = 0x0A, NOTIFY_FILE_POST_MERGE = 0x0C, NOTIFY_FILE_PRE_SAVE = 0x0D,
-                     NOTIFY_MERGE_DONE = 0x68;
 
 enum MessageBoxKind { MB_WARNING = 1, MB_ERROR = 2, MB_QUESTION = 3, MB_INFORMATION = 4 };
 
@@ -79,9 +76,10 @@ public:
     virtual bool EvalScriptInt(const char* expression, int& value) = 0;
     virtual bool EvalScriptFloat(const char* expression, float& value) = 0;
 
-    virtual void RegisterNotification(void (*proc)(void* param, int code, void* callParam), void* param, int code) = 0;
-    virtual void UnRegisterNotification(void (*proc)(void* param, int code, void* callParam), void* param,
-                                        int code) = 0;
+    // As the functions of the same names (notify.h).
+    virtual void RegisterNotification(NOTIFYPROC proc, void* param, int code) = 0;
+    virtual void UnRegisterNotification(NOTIFYPROC proc, void* param, int code) = 0;
+    virtual void BroadcastNotification(int code, void* callParam = nullptr) = 0;
     virtual void RedrawViews(TimeValue t) = 0;
 
     /// Class lookup among the host's and all plug-ins' classes; null when unknown.

@@ -1,6 +1,7 @@
 #pragma once
 // Selections on meshes: named sets, and the interfaces of whatever holds a selection.
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,13 @@
 /// Named selection sets of one level, in the order in which they were made.
 class GenericNamedSelSetList {
 public:
+    /// `changing` is called before every change; it stays with this list when another is assigned to it.
+    explicit GenericNamedSelSetList(std::function<void()> changing = {}) : changing_(std::move(changing)) {}
+    GenericNamedSelSetList(const GenericNamedSelSetList& other) : sets_(other.sets_) {}
+    GenericNamedSelSetList& operator=(const GenericNamedSelSetList& other) {
+        sets_ = other.sets_;
+        return *this;
+    }
     int Count() const { return int(sets_.size()); }
     const std::string& Name(int i) const { return sets_[size_t(i)].first; }
     const BitArray& operator[](int i) const { return sets_[size_t(i)].second; }
@@ -22,6 +30,7 @@ public:
     }
     /// Adds a set; one of the same name is replaced.
     void AppendSet(const BitArray& set, const std::string& name) {
+        if (changing_) changing_();
         for (auto& [known, old] : sets_)
             if (known == name) {
                 old = set;
@@ -31,12 +40,19 @@ public:
     }
     /// False when there is none of that name.
     bool RemoveSet(const std::string& name) {
-        return std::erase_if(sets_, [&](const auto& entry) { return entry.first == name; }) > 0;
+        if (!GetSet(name)) return false;
+        if (changing_) changing_();
+        std::erase_if(sets_, [&](const auto& entry) { return entry.first == name; });
+        return true;
     }
-    void DeleteAll() { sets_.clear(); }
+    void DeleteAll() {
+        if (changing_) changing_();
+        sets_.clear();
+    }
 
 private:
     std::vector<std::pair<std::string, BitArray>> sets_;
+    std::function<void()> changing_;
 };
 
 inline constexpr uint32_t I_MESHSELECT = 0x11B0;     ///< asked of a modifier or an editable mesh
@@ -53,7 +69,7 @@ public:
     virtual void LocalDataChanged() = 0;
 };
 
-/// The selection itself.
+/// The selection itself. Changes are undoable while a hold is open.
 class IMeshSelectData {
 public:
     virtual ~IMeshSelectData() = default;

@@ -1,6 +1,7 @@
 #pragma once
 // Modifiers: what changes an object on its way up a node's stack.
 
+#include "sdk/hold.h"
 #include "sdk/object.h"
 
 /// What a modifier keeps for one node.
@@ -42,7 +43,7 @@ public:
     /// LocalValidity does not say it. A modifier that puts another object there hands over a new one.
     virtual void ModifyObject(TimeValue t, ModContext& mc, ObjectState* os, INode* node) {}
 
-    /// Switches; dependents are told.
+    /// Switches; dependents are told, undo knows them.
     void EnableMod() { SetSwitch(enabled_, true); }
     void DisableMod() { SetSwitch(enabled_, false); }
     void EnableModInRender(bool on) { SetSwitch(inRender_, on); }
@@ -52,7 +53,11 @@ public:
     bool IsEnabledInViews() const { return inViews_; }
     /// The name in the stack; the class's when none was given.
     TSTR GetName() { return name_.empty() ? TSTR(GetObjectName()) : name_; }
-    void SetName(const TSTR& name) { name_ = name; }
+    void SetName(const TSTR& name) {
+        if (name == name_) return;
+        HoldValue(this, name_, NameRestored);
+        name_ = name;
+    }
 
 protected:
     /// Hands switches and name to a copy.
@@ -66,9 +71,11 @@ protected:
 private:
     void SetSwitch(bool& which, bool on) {
         if (which == on) return;
+        HoldValue(this, which);
         which = on;
         NotifyDependents(FOREVER, PART_ALL, REFMSG_CHANGE);
     }
+    static void NameRestored(ReferenceMaker*) {} // a name changes nothing that is evaluated
     bool enabled_ = true, inRender_ = true, inViews_ = true;
     TSTR name_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 // Materials, maps and shaders.
 
+#include "sdk/hold.h"
 #include "sdk/ref.h"
 #include "sdk/shadecontext.h"
 
@@ -12,7 +13,10 @@ class MtlBase : public ReferenceTarget {
 public:
     TSTR name;
     const TSTR& GetName() const { return name; }
-    void SetName(const TSTR& s) { name = s; }
+    void SetName(const TSTR& s) {
+        HoldValue(this, name);
+        name = s;
+    }
     /// Brings the object to `t` before a render; `valid` is narrowed.
     virtual void Update(TimeValue t, Interval& valid) {}
     virtual Interval Validity(TimeValue t) { return FOREVER; }

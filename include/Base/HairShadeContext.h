@@ -1,6 +1,7 @@
 #pragma once
 // Shade contexts that the plug-in fills itself: a point on a strand, and the background behind a pixel.
 
+#include "Base/HUtil/ThreadVector.h"
 #include "sdk/box3.h"
 #include "sdk/matrix3.h"
 #include "sdk/mtl.h"
@@ -25,7 +26,7 @@ public:
 
 /// A point on a strand (or on an emitter) as materials, maps and lights see it.
 /// Each thread owns its context; setting one up allocates nothing.
-class HairShadeContext final : public ShadeContext {
+class alignas(kThreadAlignment) HairShadeContext final : public ShadeContext {
 public:
     HairShadeContext();
 

@@ -1,6 +1,7 @@
 #pragma once
 // The strand rasteriser: polylines of projected vertices become pixel samples.
 
+#include "Base/HUtil/ThreadVector.h"
 #include "HRB_Thick/ThinRaster.h"
 #include "HRB_Thick/WideRaster.h"
 #include "HRendBuf/SampleRuns.h"
@@ -142,7 +143,7 @@ void BasicThick<Sink>::DrawSegment(PixelOperation op) {
 extern template class BasicThick<SampleWriter>;
 
 /// The renderer's rasteriser: it draws into its thread's sample runs.
-class HRB_Thick final : public BasicThick<SampleWriter> {
+class alignas(kThreadAlignment) HRB_Thick final : public BasicThick<SampleWriter> {
 public:
     using BasicThick::BasicThick;
 };

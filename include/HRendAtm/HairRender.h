@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "Base/HUtil/SpinLock.h"
 #include "DebugTools/Platform.h"
 #include "HRendBuf/HRendBuf.h"
 #include "sdk/atmos.h"
@@ -115,7 +116,10 @@ public:
 
     // For other parts of the library.
     /// The camera's buffer of the current frame, or null. Main thread, or while no frame can end.
-    HRendBuf* CameraBuffer() { return frame_ ? frame_->buffer.get() : nullptr; }
+    HRendBuf* CameraBuffer() {
+        const std::shared_ptr<CameraFrame> frame = LoadFrame();
+        return frame ? frame->buffer.get() : nullptr;
+    }
     const HRendSettings& EffectiveSettings() const { return settings_; }
     const LineFilter* Filter() const { return filter_.get(); }
     int ThreadCount() const { return settings_.threadCount; }
@@ -136,6 +140,8 @@ private:
     /// The frame of the sample's camera and its pixel, with the pixel's bucket rendered; null when it gets no hair.
     /// p0 and p1 come in world space and go out in camera space.
     std::shared_ptr<CameraFrame> PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel);
+    std::shared_ptr<CameraFrame> LoadFrame() const;
+    void StoreFrame(std::shared_ptr<CameraFrame> frame);
     std::shared_ptr<CameraFrame> CurrentFrame(ShadeContext& sc);
     std::shared_ptr<CameraFrame> FrameFromContext(RenderGlobalContext& context);
     std::shared_ptr<CameraFrame> FrameFromViewport(ShadeContext& sc);
@@ -163,8 +169,9 @@ private:
     HairRenderStats stats_;
     std::unique_ptr<LineFilter> filter_;
     std::atomic<bool> inactive_{true};
-    std::shared_ptr<CameraFrame> frame_; ///< guarded by prepareLock_
-    diag::CriticalSection prepareLock_;  ///< "prepare render"
+    std::shared_ptr<CameraFrame> frame_; ///< guarded by frameLock_; replaced inside prepareLock_ only
+    mutable SpinLock frameLock_;
+    diag::CriticalSection prepareLock_; ///< "prepare render"
     void* blender_ = nullptr;
     IParamBlock2* block_ = nullptr;
 };

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <memory>
 
-#include "HRendBuf/HairFragment.h"
+#include "HRendBuf/HRendBucket.h"
 
 class CompactShadowMap {
 public:
-    /// Takes over the lists of `pixels` pixels. False, and nothing held, when memory is exhausted.
-    bool Build(ShadowFragment* const* heads, size_t pixels);
+    /// Takes over the fragments of a shadow pass's bucket. False, and nothing held, when memory is exhausted.
+    bool Build(const HRendBucket& bucket);
     bool IsBuilt() const { return samples_ != nullptr; }
     void Clear();
 

@@ -17,6 +17,18 @@ struct ShadowPoint {
     float opacity, coverage;
 };
 
+/// The kind of sample that a kind of fragment takes.
+template <class Fragment>
+struct PointOf;
+template <>
+struct PointOf<HairFragment> {
+    using Type = ImagePoint;
+};
+template <>
+struct PointOf<ShadowFragment> {
+    using Type = ShadowPoint;
+};
+
 /// Where an insertion takes its fragments from, and how close in depth merges.
 struct FragmentStore {
     FragmentAllocator* pool;

@@ -52,14 +52,14 @@ public:
     size_t MemoryInUse() const { return memoryBytes_; }
     /// Strands drawn by the last RenderBucket.
     int RenderedStrands() const { return renderedStrands_; }
-    /// Fragments in the lists that the last RenderBucket made.
+    /// Fragments that the last RenderBucket made.
     int64_t MadeFragments() const { return madeFragments_; }
     TimeValue Time() const { return time_; }
-    /// The shadow pass's result; not built when memory was tight, and ShadowList answers instead.
+    /// The shadow pass's result; not built when memory was tight, and ReadShadow answers instead.
     const CompactShadowMap& ShadowMap() const { return shadowMap_; }
-    /// A pixel's list; null when empty or not rendered. It holds until its bucket is freed.
-    const HairFragment* ImageList(int x, int y);
-    const ShadowFragment* ShadowList(int x, int y);
+    /// A pixel's fragments; none when not rendered. They hold until their bucket is freed.
+    FragmentReader<HairFragment> ReadImage(int x, int y);
+    FragmentReader<ShadowFragment> ReadShadow(int x, int y);
     /// Longest idle gap of any bucket so far, and its number.
     uint32_t PeakIdle() const { return peakIdle_; }
     int PeakIdleBucket() const { return peakIdleBucket_; }
@@ -123,8 +123,13 @@ private:
     int fieldSelect_ = 0;
     float shadowQuality_ = 5.0f;
 
-    std::vector<std::atomic<HRendBucket*>> buckets_; ///< null: not rendered, or freed
-    std::vector<bool> seenLiveCounts_;               ///< one entry more than there are buckets
+    struct BucketSlot {
+        std::atomic<HRendBucket*> bucket{nullptr};          ///< null: not rendered, or freed
+        std::atomic<uint32_t> touched{HRendBucket::kNever}; ///< last tick at which RenderBucket found it
+    };
+    std::vector<BucketSlot> buckets_;
+    std::atomic<bool> bucketsReady_{false}; ///< buckets_ has its final size
+    std::vector<bool> seenLiveCounts_;      ///< one entry more than there are buckets
     std::unique_ptr<HRendBucket> current_;
     uint32_t peakIdle_ = 0;
     int peakIdleBucket_ = -1;
@@ -140,7 +145,7 @@ private:
     int threadCount_ = 1;
     LineFilterCone fallbackFilter_{1.0f};
     OrderedInserter ordered_;
-    std::atomic<bool> inLists_{true}; ///< the current bucket's fragments are in its lists, none in ordered_'s tiles
+    std::atomic<bool> inLists_{false}; ///< the current bucket's fragments are in its lists, none in ordered_'s tiles
     std::vector<std::unique_ptr<HRB_Thick>> rasterisers_;
 
     std::mutex bucketListLock_;

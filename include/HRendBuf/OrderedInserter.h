@@ -14,10 +14,12 @@
 //     each thread t: MergeTiles(t, ...)
 //     barrier
 //     one thread: EndBatch(number of the next unit)
-//   each thread t: ToLists(t, ...)
 //
-// While units are drawn, fragments are kept packed (PackedTile). A batch may grow with them, to half their size, so
-// that rebuilding tiles costs a bounded share of the time, and memory stays within what the finished lists take.
+// What comes out are packed tiles (PackedTile), which the finished bucket takes over, or which ToLists turns into
+// linked lists. A batch may grow with them, to half their size, so that rebuilding tiles costs a bounded share of the
+// time.
+
+#include <atomic>
 
 #include "HRendBuf/TileStore.h"
 
@@ -30,9 +32,12 @@ public:
     /// (or more, see above); it exceeds that by what its last unit draws.
     void Setup(const PixelRect& bucket, int threads, size_t bytesPerThread);
     /// Frees the storage of samples; no batch may follow before the next Setup.
-    void ReleaseSamples() { writers_.clear(); }
+    void ReleaseSamples();
     /// Frees all memory.
     void Release();
+    /// The bucket's tiles; of both kinds, one is empty.
+    TileStore<HairFragment>& ImageTiles() { return image_; }
+    TileStore<ShadowFragment>& ShadowTiles() { return shadow_; }
     int ThreadCount() const { return int(writers_.size()); }
     SampleWriter& Writer(int thread) { return *writers_[size_t(thread)]; }
 
@@ -45,7 +50,8 @@ public:
                nextUnit - firstUnit_ >= kMaxBatchUnits - kMaxThreads;
     }
     /// Merges tiles until none is left. Every thread calls it once a batch, all drawing being done. `heads` are the
-    /// bucket's lists, row-major; what they hold is fetched into the tiles. The store's slot is the thread's own.
+    /// bucket's lists, row-major; what they hold is fetched into the tiles. They may be null as long as there was no
+    /// ToLists. The store's slot is the thread's own.
     template <class Fragment>
     void MergeTiles(int thread, Fragment** heads, const FragmentStore& store);
     /// Forgets the batch's samples after all threads have merged. `nextUnit` is the first number of the next batch.

@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "Base/HUtil/ThreadVector.h"
 #include "HRendBuf/FragmentList.h"
 #include "HRendBuf/PixelRect.h"
 #include "sdk/point2.h"
@@ -107,14 +108,14 @@ private:
 
     void Grow(Cursor& c, int tile);
 
-    std::vector<Cursor> cursors_;
+    ThreadVector<Cursor> cursors_;
     std::vector<int> touched_; ///< tiles with a run
     std::vector<std::unique_ptr<Chunk[]>> slabs_;
     size_t usedChunks_ = 0;
 };
 
 /// What one thread's rasteriser draws into: the runs of both passes, of which a bucket uses one.
-class SampleWriter {
+class alignas(kThreadAlignment) SampleWriter {
 public:
     /// The image pass needs no velocity; a sink that does sets this.
     static constexpr bool kWantsVelocity = false;
@@ -128,6 +129,14 @@ public:
     /// A sample of the image pass at a pixel inside the bucket.
     void InsertImage(int x, int y, float z, const Point3& color, float coverage, float opacity, Point2) {
         Store(image_, x, y) = {z, opacity, coverage, Color(color)};
+    }
+    /// The same with opacity and colour in one row.
+    void InsertRow(int x, int y, float z, float coverage, Float4 opacityColor) {
+        ImagePoint& p = Store(image_, x, y);
+        p.z = z;
+        p.opacity = opacityColor[0];
+        opacityColor.v[0] = coverage;
+        opacityColor.Store(&p.coverage);
     }
     /// The same for the shadow pass.
     void InsertShadow(int x, int y, float z, float opacity, float coverage) {

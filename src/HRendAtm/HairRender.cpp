@@ -171,7 +171,7 @@ int HairRender::Update(TimeValue t, Interval&) {
     time_ = t;
     {
         diag::ScopedLock lock(prepareLock_);
-        frame_.reset();
+        StoreFrame(nullptr);
     }
     if (!inactive_ && block_) {
         settings_.quality = std::clamp(block_->GetFloat(HRP_QUALITY_MEMORY, t), 0.0f, 10.0f);
@@ -188,7 +188,7 @@ int HairRender::RenderEnd(TimeValue) {
     if (inactive_) return 1;
     {
         diag::ScopedLock lock(prepareLock_);
-        frame_.reset();
+        StoreFrame(nullptr);
     }
     inactive_ = true;
     WorkerPool::Get().Stop();

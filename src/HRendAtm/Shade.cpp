@@ -32,7 +32,7 @@ bool HairRender::Refuses(const ShadeContext& sc) const {
 }
 
 std::shared_ptr<CameraFrame> HairRender::FrameFromContext(RenderGlobalContext& context) {
-    if (frame_ && SameContextView(*frame_, context)) return frame_;
+    if (auto current = LoadFrame(); current && SameContextView(*current, context)) return current;
     auto frame = std::make_shared<CameraFrame>();
     frame->context = &context;
     frame->view.SetFromContext(context);
@@ -52,17 +52,31 @@ std::shared_ptr<CameraFrame> HairRender::FrameFromViewport(ShadeContext& sc) {
     if (std::fabs(away.x) + std::fabs(away.y) + std::fabs(away.z) > kSameCamera) return nullptr;
     frame->image.SetFromContext(nullptr, 0);
     frame->image.ComputeScales(frame->view);
-    const bool same = frame_ && !frame_->context && frame_->view.camToWorld == frame->view.camToWorld &&
-                      SameImage(frame_->image, frame->image);
-    return same ? frame_ : frame;
+    const std::shared_ptr<CameraFrame> current = LoadFrame();
+    const bool same = current && !current->context && current->view.camToWorld == frame->view.camToWorld &&
+                      SameImage(current->image, frame->image);
+    return same ? current : frame;
+}
+
+std::shared_ptr<CameraFrame> HairRender::LoadFrame() const {
+    const std::lock_guard guard(frameLock_);
+    return frame_;
+}
+
+void HairRender::StoreFrame(std::shared_ptr<CameraFrame> frame) {
+    const std::lock_guard guard(frameLock_);
+    frame_.swap(frame); // the former frame goes after the lock does
 }
 
 std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
+    // Nearly every sample finds its frame ready.
+    if (sc.globContext && !inactive_)
+        if (auto current = LoadFrame(); current && SameContextView(*current, *sc.globContext)) return current;
     diag::ScopedLock lock(prepareLock_);
     if (inactive_) return nullptr;
     std::shared_ptr<CameraFrame> frame = sc.globContext ? FrameFromContext(*sc.globContext) : FrameFromViewport(sc);
     if (frame && !frame->buffer) frame->buffer = std::make_unique<HRendBuf>(*this);
-    if (frame) frame_ = frame;
+    if (frame) StoreFrame(frame);
     return frame;
 }
 

@@ -5,37 +5,39 @@
 
 namespace {
 
-/// Counts fragments into running ends; false when there are more than an index can name.
-bool CountInto(int32_t* index, ShadowFragment* const* heads, size_t pixels) {
-    int64_t count = 0;
-    index[0] = 0;
-    for (size_t i = 0; i < pixels; ++i) {
-        for (const ShadowFragment* f = heads[i]; f; f = f->next) ++count;
-        if (count > INT32_MAX) return false;
-        index[i + 1] = int32_t(count);
-    }
-    return true;
+/// Visits the fragments of a bucket's pixels in row-major order.
+template <class Visit, class EndPixel>
+void ForEachFragment(const HRendBucket& bucket, const Visit& visit, const EndPixel& endPixel) {
+    const PixelRect& r = bucket.Rect();
+    for (int y = r.y0; y < r.y1; ++y)
+        for (int x = r.x0; x < r.x1; ++x) {
+            for (auto f = bucket.ReadShadow(x, y); !f.Done(); f.Next()) visit(f.Get());
+            endPixel();
+        }
 }
 
 } // namespace
 
-bool CompactShadowMap::Build(ShadowFragment* const* heads, size_t pixels) {
+bool CompactShadowMap::Build(const HRendBucket& bucket) {
     Clear();
+    const size_t pixels = size_t(bucket.PixelCount()), count = bucket.FragmentCount();
+    if (count > INT32_MAX) return false; // more than an index can name
     index_.reset(new (std::nothrow) int32_t[pixels + 1]);
-    if (!index_ || !CountInto(index_.get(), heads, pixels)) {
-        Clear();
-        return false;
-    }
-    samples_.reset(new (std::nothrow) ShadowSample[size_t(index_[pixels])]);
-    if (!samples_) {
+    samples_.reset(new (std::nothrow) ShadowSample[count]);
+    if (!index_ || !samples_) {
         Clear();
         return false;
     }
     pixels_ = pixels;
+    int32_t* end = index_.get();
+    *end = 0;
     ShadowSample* out = samples_.get();
-    for (size_t i = 0; i < pixels; ++i)
-        for (const ShadowFragment* f = heads[i]; f; f = f->next)
-            *out++ = {f->zMax, f->zMin, UnpackFraction(f->opacity) * UnpackFraction(f->coverage)};
+    ForEachFragment(
+        bucket,
+        [&](const ShadowFragment& f) {
+            *out++ = {f.zMax, f.zMin, UnpackFraction(f.opacity) * UnpackFraction(f.coverage)};
+        },
+        [&] { *++end = int32_t(out - samples_.get()); });
     return true;
 }
 

@@ -1,7 +1,9 @@
 #include "HRendBuf/HRendBucket.h"
 
-HRendBucket::HRendBucket(HRendMode mode, const PixelRect& rect) : rect_(rect) {
-    if (mode == HRM_SHADOW) {
+HRendBucket::HRendBucket(HRendMode mode, const PixelRect& rect) : mode_(mode), rect_(rect) {}
+
+void HRendBucket::CreateLists() {
+    if (mode_ == HRM_SHADOW) {
         shadowHeads_.assign(size_t(PixelCount()), nullptr);
         pool_ = std::make_unique<FragmentAllocator>(sizeof(ShadowFragment), kPoolBlocks);
     } else {
@@ -10,14 +12,34 @@ HRendBucket::HRendBucket(HRendMode mode, const PixelRect& rect) : rect_(rect) {
     }
 }
 
+void HRendBucket::TakeTiles(TileStore<HairFragment>& image, TileStore<ShadowFragment>& shadow) {
+    if (mode_ == HRM_SHADOW)
+        shadowTiles_ = std::move(shadow);
+    else
+        imageTiles_ = std::move(image);
+}
+
+size_t HRendBucket::FragmentCount() const {
+    size_t count = imageTiles_.Count() + shadowTiles_.Count();
+    for (const HairFragment* f : imageHeads_)
+        for (; f; f = f->next) ++count;
+    for (const ShadowFragment* f : shadowHeads_)
+        for (; f; f = f->next) ++count;
+    return count;
+}
+
 void HRendBucket::Compacted() {
+    compacted_ = true;
     pool_.reset();
     std::vector<HairFragment*>().swap(imageHeads_);
     std::vector<ShadowFragment*>().swap(shadowHeads_);
+    imageTiles_.Release();
+    shadowTiles_.Release();
 }
 
 size_t HRendBucket::Memory() const {
-    return pool_ ? pool_->GetSize() + 8 * size_t(PixelCount()) : 0;
+    if (compacted_) return 0;
+    return (pool_ ? pool_->GetSize() : imageTiles_.Bytes() + shadowTiles_.Bytes()) + 8 * size_t(PixelCount());
 }
 
 void HRendBucket::Touch(uint32_t now) {

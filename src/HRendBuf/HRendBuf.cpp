@@ -15,7 +15,7 @@ int FieldSelect(const RendParams& params) {
 HRendBuf::HRendBuf(IHRendOwner& owner) : owner_(owner), pixelLocks_(new std::mutex[kPixelLocks]) {}
 
 HRendBuf::~HRendBuf() {
-    for (auto& slot : buckets_) delete slot.load();
+    for (BucketSlot& slot : buckets_) delete slot.bucket.load();
 }
 
 int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x,
@@ -37,10 +37,20 @@ int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& 
     return RenderLocked(x, y, title);
 }
 
-/// HasBucket, as a use of the bucket.
+/// HasBucket, as a use of the bucket. A bucket that was found at this very tick is not looked for again: it cannot be
+/// freed before the idle timeout is over, and nearly every sample of a picture ends here.
 bool HRendBuf::TouchBucket(int x, int y) {
+    const uint32_t now = owner_.Settings().tick();
+    BucketSlot* slot = nullptr;
+    if (bucketsReady_.load(std::memory_order_acquire) && x >= 0 && y >= 0) {
+        slot = &buckets_[size_t(bucketGen_->GetBucketIndex(x, y))];
+        if (slot->touched.load(std::memory_order_acquire) == now && now != HRendBucket::kNever && Find(x, y))
+            return true;
+    }
     const std::lock_guard guard(bucketListLock_);
-    return FindTouched(x, y) != nullptr;
+    if (!FindTouched(x, y)) return false;
+    if (slot) slot->touched.store(now, std::memory_order_release);
+    return true;
 }
 
 bool HRendBuf::CreateGenerator() {
@@ -93,7 +103,7 @@ void HRendBuf::StartBucket(const PixelRect& rect) {
     current_->Touch(settings.tick());
     threadCount_ = std::clamp(settings.threadCount, 1, OrderedInserter::kMaxThreads);
     ordered_.Setup(rect, threadCount_, settings.batchBytes);
-    inLists_ = true;
+    inLists_ = false;
     const RasterTarget target{rect, settings.filter, settings.filterSize, &fallbackFilter_};
     rasterisers_.clear();
     for (int i = 0; i < threadCount_; ++i) {
@@ -147,21 +157,20 @@ void HRendBuf::RenderSource(IHairSource& source) {
 
 void HRendBuf::FinishBucket(int index) {
     HRendBucket& bucket = *current_;
-    ordered_.ReleaseSamples(); // the lists take their place
-    EnsureLists();
+    ordered_.ReleaseSamples();
+    if (bucket.HasLists())
+        EnsureLists();
+    else
+        bucket.TakeTiles(ordered_.ImageTiles(), ordered_.ShadowTiles());
     ordered_.Release();
-    if (mode_ == HRM_SHADOW && bucket.ShadowHeads() && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() &&
-        shadowMap_.Build(bucket.ShadowHeads(), size_t(bucket.PixelCount())))
+    madeFragments_ = mode_ == HRM_SHADOW ? 0 : int64_t(bucket.FragmentCount());
+    if (mode_ == HRM_SHADOW && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() && shadowMap_.Build(bucket))
         bucket.Compacted();
-    madeFragments_ = 0;
-    if (HairFragment* const* heads = bucket.ImageHeads())
-        for (int i = 0; i < bucket.PixelCount(); ++i)
-            for (const HairFragment* f = heads[i]; f; f = f->next) ++madeFragments_;
     if (progress_) progress_->Progress(progressTotal_, progressTotal_);
     bucket.Touch(HRendBucket::kNever);
 
     const std::lock_guard guard(bucketListLock_);
-    buckets_[size_t(index)].store(current_.release());
+    buckets_[size_t(index)].bucket.store(current_.release());
     UpdateMemory();
     const size_t live = size_t(LiveBuckets());
     if (seenLiveCounts_[live])
@@ -172,14 +181,14 @@ void HRendBuf::FinishBucket(int index) {
 
 void HRendBuf::UpdateMemory() {
     size_t bytes = shadowMap_.Memory();
-    for (const auto& slot : buckets_)
-        if (const HRendBucket* bucket = slot.load()) bytes += bucket->Memory();
+    for (const BucketSlot& slot : buckets_)
+        if (const HRendBucket* bucket = slot.bucket.load()) bytes += bucket->Memory();
     memoryBytes_ = bytes;
 }
 
 int HRendBuf::LiveBuckets() const {
-    return int(
-        std::count_if(buckets_.begin(), buckets_.end(), [](const auto& slot) { return slot.load() != nullptr; }));
+    return int(std::count_if(buckets_.begin(), buckets_.end(),
+                             [](const BucketSlot& slot) { return slot.bucket.load() != nullptr; }));
 }
 
 void HRendBuf::ReleaseIdleBuckets() {
@@ -187,19 +196,21 @@ void HRendBuf::ReleaseIdleBuckets() {
     const std::lock_guard guard(bucketListLock_);
     if (buckets_.empty() && bucketGen_) {
         const size_t count = size_t(bucketGen_->GetBucketCount());
-        buckets_ = std::vector<std::atomic<HRendBucket*>>(count);
+        buckets_ = std::vector<BucketSlot>(count);
         seenLiveCounts_.assign(count + 1, false);
+        bucketsReady_.store(true, std::memory_order_release);
     }
     const uint32_t now = settings.tick();
     for (size_t i = 0; i < buckets_.size(); ++i) {
-        HRendBucket* bucket = buckets_[i].load();
+        HRendBucket* bucket = buckets_[i].bucket.load();
         if (!bucket) continue;
         if (bucket->MaxIdle() > peakIdle_) {
             peakIdle_ = bucket->MaxIdle();
             peakIdleBucket_ = int(i);
         }
         if (!bucket->IsIdle(now, settings.idleTimeout)) continue;
-        buckets_[i].store(nullptr);
+        buckets_[i].touched.store(HRendBucket::kNever, std::memory_order_release);
+        buckets_[i].bucket.store(nullptr);
         delete bucket;
     }
 }

@@ -42,6 +42,7 @@ void HRendBuf::EnsureLists() {
     if (inLists_.load(std::memory_order_acquire)) return;
     const std::lock_guard guard(listFormLock_);
     if (inLists_.load(std::memory_order_relaxed)) return;
+    if (!current_->HasLists()) current_->CreateLists();
     {
         constexpr size_t kWorthThreads = 8u << 20;
         std::vector<std::jthread> helpers;

@@ -18,11 +18,11 @@ float PartInside(const HairFragment& f, float zNear, float zFar) {
     return (nearClip - farClip) / (f.zMax - f.zMin);
 }
 
-/// The first fragment from `f` on that reaches into the range; null when there is none.
-const HairFragment* FirstInside(const HairFragment* f, float zNear, float zFar) {
-    for (; f && f->zMax > zFar; f = f->next)
-        if (f->zMin <= zNear) return f;
-    return nullptr;
+/// Moves on to the first fragment that reaches into the range; false when there is none.
+bool FindInside(FragmentReader<HairFragment>& f, float zNear, float zFar) {
+    for (; !f.Done() && f.Get().zMax > zFar; f.Next())
+        if (f.Get().zMin <= zNear) return true;
+    return false;
 }
 
 void Report(SamplerRecord& sampler, float nearClip) {
@@ -33,8 +33,9 @@ void Report(SamplerRecord& sampler, float nearClip) {
 } // namespace
 
 HRendBucket* HRendBuf::Find(int x, int y) const {
-    if (buckets_.empty() || x < 0 || y < 0) return nullptr;
-    HRendBucket* bucket = buckets_[size_t(bucketGen_->GetBucketIndex(x, y))].load(std::memory_order_acquire);
+    if (!bucketsReady_.load(std::memory_order_acquire) || x < 0 || y < 0) return nullptr;
+    const BucketSlot& slot = buckets_[size_t(bucketGen_->GetBucketIndex(x, y))];
+    HRendBucket* bucket = slot.bucket.load(std::memory_order_acquire);
     return bucket && bucket->Rect().Contains(x, y) ? bucket : nullptr;
 }
 
@@ -52,53 +53,48 @@ HRendBucket* HRendBuf::FindTouched(int x, int y) {
     return bucket;
 }
 
-const HairFragment* HRendBuf::ImageList(int x, int y) {
+FragmentReader<HairFragment> HRendBuf::ReadImage(int x, int y) {
     HRendBucket* bucket = FindTouched(x, y);
-    HairFragment** heads = bucket ? bucket->ImageHeads() : nullptr;
-    return heads ? heads[bucket->PixelIndex(x, y)] : nullptr;
+    return bucket ? bucket->ReadImage(x, y) : FragmentReader<HairFragment>();
 }
 
-const ShadowFragment* HRendBuf::ShadowList(int x, int y) {
+FragmentReader<ShadowFragment> HRendBuf::ReadShadow(int x, int y) {
     HRendBucket* bucket = FindTouched(x, y);
-    ShadowFragment** heads = bucket ? bucket->ShadowHeads() : nullptr;
-    return heads ? heads[bucket->PixelIndex(x, y)] : nullptr;
+    return bucket ? bucket->ReadShadow(x, y) : FragmentReader<ShadowFragment>();
 }
 
 void HRendBuf::SampleVolume(int x, int y, SamplerRecord& sampler) {
     HRendBucket* bucket = FindTouched(x, y);
-    if (!bucket || !bucket->ImageHeads()) return;
-    const bool isFirst = !sampler.current;
-    const auto* from =
-        isFirst ? bucket->ImageHeads()[bucket->PixelIndex(x, y)] : static_cast<const HairFragment*>(sampler.current);
-    sampler.flags = isFirst ? 0x747 : 0;
+    if (!bucket || bucket->Mode() != HRM_IMAGE) return;
+    sampler.flags = sampler.current ? 0 : 0x747;
     sampler.hit = 0;
-    const HairFragment* f = FirstInside(from, sampler.zNear, sampler.zFar);
-    if (!f) return;
-    const float nearClip = std::min(sampler.zNear, f->zMax);
-    const float w = PartInside(*f, sampler.zNear, sampler.zFar);
-    const float coverage = UnpackFraction(f->coverage);
-    const float t = 1.0f - UnpackFraction(f->opacity) * coverage * w;
-    sampler.color = UnpackRealPixel(f->color) * coverage * w;
+    auto reader = bucket->ReadImage(x, y, sampler.current);
+    if (!FindInside(reader, sampler.zNear, sampler.zFar)) return;
+    const HairFragment& f = reader.Get();
+    const float nearClip = std::min(sampler.zNear, f.zMax);
+    const float w = PartInside(f, sampler.zNear, sampler.zFar);
+    const float coverage = UnpackFraction(f.coverage);
+    const float t = 1.0f - UnpackFraction(f.opacity) * coverage * w;
+    sampler.color = UnpackRealPixel(f.color) * coverage * w;
     sampler.transparency = Color(t, t, t);
-    sampler.current = f;
+    sampler.current = reader.Place();
     Report(sampler, nearClip);
     if (sampler.flags & 1) sampler.remainingDepth = sampler.zNear - nearClip;
 }
 
 void HRendBuf::SampleRay(int x, int y, SamplerRecord& sampler) {
     HRendBucket* bucket = FindTouched(x, y);
-    if (!bucket || !bucket->ImageHeads()) return;
-    const auto* from = sampler.current ? static_cast<const HairFragment*>(sampler.current)
-                                       : bucket->ImageHeads()[bucket->PixelIndex(x, y)];
+    if (!bucket || bucket->Mode() != HRM_IMAGE) return;
     sampler.hit = 0;
-    if (const HairFragment* f = FirstInside(from, sampler.zNear, sampler.zFar))
-        Report(sampler, std::min(f->zMax, sampler.zNear));
+    auto reader = bucket->ReadImage(x, y, sampler.current);
+    if (FindInside(reader, sampler.zNear, sampler.zFar)) Report(sampler, std::min(reader.Get().zMax, sampler.zNear));
 }
 
 void HRendBuf::Composite(int x, int y, float zNear, float zFar, Color& color, float& transmittance) {
-    for (const HairFragment* f = FirstInside(ImageList(x, y), zNear, zFar); f; f = FirstInside(f->next, zNear, zFar)) {
-        const float w = PartInside(*f, zNear, zFar), coverage = UnpackFraction(f->coverage);
-        color += UnpackRealPixel(f->color) * coverage * w * transmittance;
-        transmittance *= 1.0f - UnpackFraction(f->opacity) * coverage * w;
+    for (auto reader = ReadImage(x, y); FindInside(reader, zNear, zFar); reader.Next()) {
+        const HairFragment& f = reader.Get();
+        const float w = PartInside(f, zNear, zFar), coverage = UnpackFraction(f.coverage);
+        color += UnpackRealPixel(f.color) * coverage * w * transmittance;
+        transmittance *= 1.0f - UnpackFraction(f.opacity) * coverage * w;
     }
 }

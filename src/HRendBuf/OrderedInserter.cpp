@@ -16,6 +16,12 @@ void OrderedInserter::Setup(const PixelRect& bucket, int threads, size_t bytesPe
     shadow_.Setup(grid_, threads);
 }
 
+void OrderedInserter::ReleaseSamples() {
+    writers_.clear();
+    image_.ReleaseWorkers();
+    shadow_.ReleaseWorkers();
+}
+
 void OrderedInserter::Release() {
     writers_.clear();
     image_.Release();
@@ -52,7 +58,7 @@ void OrderedInserter::EndBatch(uint32_t nextUnit) {
     for (auto& writer : writers_) writer->Reset();
     firstUnit_ = nextUnit;
     nextTile_ = 0;
-    bound_ = std::max(bytesPerThread_, FragmentBytes() / 2 / std::max<size_t>(1, writers_.size()));
+    bound_ = std::max(bytesPerThread_, FragmentBytes() / 4 / std::max<size_t>(1, writers_.size()));
 }
 
 size_t OrderedInserter::SampleBytes() const {

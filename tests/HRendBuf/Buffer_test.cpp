@@ -101,7 +101,7 @@ TEST(Buffer, QualityZeroMergesAllOfAPixel) {
     hand.owner.settings.quality = 0;
     HRendBuf buffer(hand.owner);
     hand.view.Render(buffer, 0, 0);
-    EXPECT_EQ(PlainList(buffer.ImageList(3, 3)).size(), 1u);
+    EXPECT_EQ(PlainList(buffer.ReadImage(3, 3)).size(), 1u);
 }
 
 TEST(Buffer, DirectInsertionOfSeveralThreadsIsComplete) {
@@ -123,7 +123,7 @@ TEST(Buffer, DirectInsertionOfSeveralThreadsIsComplete) {
     view.Render(buffer, 0, 0);
     size_t total = 0;
     for (int x = 0; x < 3; ++x) {
-        const auto list = PlainList(buffer.ImageList(x, 1));
+        const auto list = PlainList(buffer.ReadImage(x, 1));
         total += list.size();
         for (size_t i = 1; i < list.size(); ++i) EXPECT_LT(list[i].zMax, list[i - 1].zMax);
     }
@@ -207,16 +207,16 @@ TEST(Buffer, IdleBucketsAreFreedAndDrawnAgain) {
     const TestView view(40, 40);
     HRendBuf buffer(owner);
     view.Render(buffer, 0, 0);
-    const auto before = PlainList(buffer.ImageList(9, 9)); // a use at 1000
+    const auto before = PlainList(buffer.ReadImage(9, 9)); // a use at 1000
     TestOwner::now = 4000;
     buffer.ReleaseIdleBuckets();
     EXPECT_TRUE(buffer.HasBucket(0, 0)); // exactly the timeout
     TestOwner::now = 4001;
     buffer.ReleaseIdleBuckets();
     EXPECT_FALSE(buffer.HasBucket(0, 0));
-    EXPECT_EQ(buffer.ImageList(9, 9), nullptr);
+    EXPECT_TRUE(buffer.ReadImage(9, 9).Done());
     EXPECT_NE(view.Render(buffer, 0, 0), 0);
-    EXPECT_EQ(PlainList(buffer.ImageList(9, 9)), before);
+    EXPECT_EQ(PlainList(buffer.ReadImage(9, 9)), before);
     EXPECT_EQ(source.renders, 2);
     // The number of live buckets was 1 before: the timeout grows.
     EXPECT_EQ(owner.settings.idleTimeout, 4000u);
@@ -287,7 +287,7 @@ TEST(Buffer, ShadowMapCompacts) {
     view.Render(buffer, 7, 7, HRM_SHADOW);
     const CompactShadowMap& map = buffer.ShadowMap();
     ASSERT_TRUE(map.IsBuilt());
-    EXPECT_EQ(buffer.ShadowList(0, 0), nullptr);
+    EXPECT_TRUE(buffer.ReadShadow(0, 0).Done());
     EXPECT_EQ(buffer.MemoryInUse(), 4u * (40 * 30 + 1) + 12u * 3);
     ASSERT_EQ(map.End(0) - map.Begin(0), 1);
     EXPECT_EQ(map.End(1) - map.Begin(1), 0);
@@ -310,8 +310,8 @@ TEST(Buffer, TightMemoryKeepsShadowLists) {
     HRendBuf buffer(owner);
     view.Render(buffer, 0, 0, HRM_SHADOW);
     EXPECT_FALSE(buffer.ShadowMap().IsBuilt());
-    ASSERT_NE(buffer.ShadowList(3, 4), nullptr);
-    EXPECT_EQ(buffer.ShadowList(3, 4)->zMax, -5.0f);
+    ASSERT_FALSE(buffer.ReadShadow(3, 4).Done());
+    EXPECT_EQ(buffer.ReadShadow(3, 4).Get().zMax, -5.0f);
     EXPECT_EQ(buffer.MemoryInUse(), 16384 * sizeof(ShadowFragment) + 8 * 40 * 30);
 }
 
@@ -338,7 +338,8 @@ void TwoFragments(HRendBuf& b) {
 struct SampleBuffer : HandBuffer {
     SampleBuffer() : HandBuffer(TwoFragments) {
         // Stretch the front one; colours and weights stay as they are.
-        const_cast<HairFragment*>(buffer.ImageList(2, 3))->zMin = -7;
+        auto front = buffer.ReadImage(2, 3);
+        static_cast<HairFragment*>(const_cast<void*>(front.Place()))->zMin = -7;
     }
 };
 
@@ -356,7 +357,7 @@ TEST(Sample, VolumeWeightsByHand) {
     EXPECT_EQ(r.transparency.g, r.transparency.b);
     EXPECT_FLOAT_EQ(r.distance, 5.0f * 200 / 100);
     EXPECT_EQ(r.remainingDepth, 5.0f);
-    EXPECT_EQ(r.current, s.buffer.ImageList(2, 3));
+    EXPECT_EQ(r.current, s.buffer.ReadImage(2, 3).Place());
 }
 
 TEST(Sample, VolumeCutByABound) {

@@ -4,7 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "HRendBuf/PackedTile.h"
+#include "HRendBuf/FragmentReader.h"
+#include "HRendBuf/OpenTile.h"
 
 namespace {
 
@@ -238,29 +239,76 @@ std::vector<ImagePoint> RandomPoints(std::mt19937& random, int count, float spre
 
 } // namespace
 
-TEST(PackedList, HoldsWhatTheLinkedListHolds) {
+TEST(OpenTile, HoldsWhatTheLinkedListHolds) {
     std::mt19937 random(7);
     for (int round = 0; round < 300; ++round) {
         const float tolerance = round % 3 == 0 ? 1e-4f : round % 3 == 1 ? 0.05f : 3.0f;
         const auto points = RandomPoints(random, round, 0.5f);
-        List linked;
-        linked.tolerance = tolerance;
-        PackedScratch<HairFragment> scratch;
-        ASSERT_TRUE(scratch.Start(points.size() + 1, 1));
-        PackedList<HairFragment> packed(scratch.zMax.get(), scratch.rest.get(), 0, tolerance);
-        for (const ImagePoint& p : points) {
-            linked.Add(p.z, p.coverage, p.opacity, p.color);
-            packed.Insert(p);
+        // Three pixels of four are used, and the tile is closed now and then.
+        List lists[3];
+        for (List& list : lists) list.tolerance = tolerance;
+        PackedTile<HairFragment> tile;
+        OpenTile<HairFragment> open;
+        open.Open(tile, 4, tolerance);
+        for (size_t i = 0; i < points.size(); ++i) {
+            const ImagePoint& p = points[i];
+            const uint32_t pixel = uint32_t(random() % 7 / 3); // 0, 1, now and then 2
+            lists[pixel].Add(p.z, p.coverage, p.opacity, p.color);
+            open.Insert(pixel, p);
+            if (i % 50 != 49) continue;
+            ASSERT_TRUE(open.Close(tile));
+            open.Open(tile, 4, tolerance);
         }
-        const auto all = linked.All();
-        ASSERT_EQ(packed.Count(), all.size());
-        for (size_t i = 0; i < all.size(); ++i) {
-            EXPECT_EQ(scratch.zMax[i], all[i].zMax);
-            EXPECT_EQ(scratch.rest[i].zMin, all[i].zMin);
-            EXPECT_EQ(scratch.rest[i].opacity, all[i].opacity);
-            EXPECT_EQ(scratch.rest[i].coverage, all[i].coverage);
-            EXPECT_EQ(scratch.rest[i].color, all[i].color);
-            EXPECT_LE(all[i].zMax, all[i ? i - 1 : 0].zMax);
+        ASSERT_TRUE(open.Close(tile));
+        for (uint32_t pixel = 0; pixel < 3; ++pixel) {
+            const auto all = lists[pixel].All();
+            ASSERT_EQ(tile.PixelEnd(pixel) - tile.PixelBegin(pixel), all.size());
+            FragmentReader<HairFragment> reader(tile, tile.PixelBegin(pixel), tile.PixelEnd(pixel));
+            for (size_t i = 0; i < all.size(); ++i, reader.Next()) {
+                ASSERT_FALSE(reader.Done());
+                EXPECT_EQ(reader.Get().zMax, all[i].zMax);
+                EXPECT_EQ(reader.Get().zMin, all[i].zMin);
+                EXPECT_EQ(reader.Get().opacity, all[i].opacity);
+                EXPECT_EQ(reader.Get().coverage, all[i].coverage);
+                EXPECT_EQ(reader.Get().color, all[i].color);
+                EXPECT_LE(all[i].zMax, all[i ? i - 1 : 0].zMax);
+            }
+            EXPECT_TRUE(reader.Done());
+        }
+        EXPECT_EQ(tile.PixelEnd(3), tile.Count());
+    }
+}
+
+TEST(OpenTile, MergesColoursAndWeightsAsALinkDoes) {
+    // Any colour, also negative, huge and not a number, and weights beyond 0..1.
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> u(-0.2f, 1.2f);
+    const float odd[] = {
+        0.0f, -0.0f, 1e-33f, 1e30f, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN(),
+        1.0f, 255.0f};
+    const auto value = [&] { return random() % 8 == 0 ? odd[random() % 8] : u(random); };
+    for (int round = 0; round < 50000; ++round) {
+        HairFragment links[4];
+        PackedFragment<HairFragment> packed[4], *targets[4];
+        ImagePoint points[4];
+        const ImagePoint* sources[4];
+        bool isOpaque = false;
+        for (int i = 0; i < 4; ++i) {
+            HairFragment& link = links[i];
+            link.zMin = link.zMax = 0;
+            link.opacity = uint16_t(random()), link.coverage = random() % 16 ? uint16_t(random()) : uint16_t(0);
+            link.color = PackRealPixel({value(), value(), value()});
+            points[i] = {0, value(), value(), {value(), value(), value()}};
+            packed[i] = Pack(link);
+            targets[i] = &packed[i], sources[i] = &points[i];
+            MergeInto(link, points[i]);
+            isOpaque |= IsOpaque(link);
+        }
+        ASSERT_EQ(MergeFour(targets, sources), isOpaque);
+        for (int i = 0; i < 4; ++i) {
+            ASSERT_EQ(packed[i].opacity, links[i].opacity) << round;
+            ASSERT_EQ(packed[i].coverage, links[i].coverage) << round;
+            ASSERT_EQ(packed[i].color, links[i].color) << round;
         }
     }
 }

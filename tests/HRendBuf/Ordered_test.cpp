@@ -49,8 +49,8 @@ Lists Rendered(TestOwner& owner, HRendMode mode) {
     Lists lists;
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
-            lists.push_back(mode == HRM_SHADOW ? PlainList(buffer.ShadowList(x, y))
-                                               : PlainList(buffer.ImageList(x, y)));
+            lists.push_back(mode == HRM_SHADOW ? PlainList(buffer.ReadShadow(x, y))
+                                               : PlainList(buffer.ReadImage(x, y)));
     return lists;
 }
 

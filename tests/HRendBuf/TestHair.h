@@ -178,13 +178,19 @@ struct Plain {
     friend bool operator==(const Plain&, const Plain&) = default;
 };
 
-inline std::vector<Plain> PlainList(const HairFragment* f) {
+inline Plain PlainOf(const HairFragment& f) {
+    return {f.zMin, f.zMax, f.opacity, f.coverage, f.color};
+}
+inline Plain PlainOf(const ShadowFragment& f) {
+    return {f.zMin, f.zMax, f.opacity, f.coverage, {}};
+}
+template <class Fragment>
+std::vector<Plain> PlainList(FragmentReader<Fragment> reader) {
     std::vector<Plain> list;
-    for (; f; f = f->next) list.push_back({f->zMin, f->zMax, f->opacity, f->coverage, f->color});
+    for (; !reader.Done(); reader.Next()) list.push_back(PlainOf(reader.Get()));
     return list;
 }
-inline std::vector<Plain> PlainList(const ShadowFragment* f) {
-    std::vector<Plain> list;
-    for (; f; f = f->next) list.push_back({f->zMin, f->zMax, f->opacity, f->coverage, {}});
-    return list;
+template <class Fragment>
+std::vector<Plain> PlainList(const Fragment* f) {
+    return PlainList(FragmentReader<Fragment>(f));
 }

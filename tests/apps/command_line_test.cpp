@@ -119,6 +119,18 @@ TEST_F(CommandLine, InfoListsNodesMeshesAndHair) {
     EXPECT_NE(r.out.find("fur 'coat': emitters [quad], about 4"), std::string::npos) << r.out;
 }
 
+TEST_F(CommandLine, InfoPrintsKeys) {
+    EXPECT_EQ(Run({"info", "good.toml", "--keys"}).out, "nothing changes over time\n");
+    Write("keys.toml", "[scene]\nfps = 24\n[[light]]\nname = 'lamp'\n"
+                       "[[keys]]\nnode = 'lamp'\nposition = [[0, 0, 0, 0], [12, 1, 2, 3]]\n");
+    const RunResult r = Run({"info", "keys.toml", "--keys"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "lamp, Transform, Position: Linear Position, frames 0 to 12, constant before, constant after\n"
+                     "  frame  value    in      out\n"
+                     "      0  0, 0, 0  linear  linear\n"
+                     "     12  1, 2, 3  linear  linear\n");
+}
+
 TEST_F(CommandLine, InfoShowsStacksSetsAndShapes) {
     Write("stack.toml",
           "[scene]\nimport = ['quad.obj']\n[[node]]\nname = 'quad'\nface_sets = { half = { ids = [0] } }\n"

@@ -19,7 +19,7 @@ struct KnotColors {
 };
 
 /// One thread's hand-off. The consumer of strands in render runs.
-class RenderHandoff {
+class alignas(kThreadAlignment) RenderHandoff {
 public:
     /// `shading` null: strands take their colours from `knotColors`.
     RenderHandoff(const GenerationRun& run, const HRendSettings& settings, HRB_Thick& raster, StrandShading* shading,
@@ -57,10 +57,10 @@ private:
     bool filterWidth_;
     PaddedFloats screenWidth_;
     float largestWidth_ = 0;
-    std::vector<char> handed_; ///< by segment
-    std::vector<char> shaded_; ///< by point
-    std::vector<Color> color_; ///< by point and width sample
-    std::vector<float> opacity_;
+    ThreadVector<char> handed_; ///< by segment
+    ThreadVector<char> shaded_; ///< by point
+    ThreadVector<Color> color_; ///< by point and width sample
+    ThreadVector<float> opacity_;
     StrandVertex vertex_;
     int64_t verticesDrawn_ = 0, strandsDrawn_ = 0;
 };

@@ -2,32 +2,14 @@
 // The working state of one generation thread: the strand it is making.
 
 #include <memory>
-#include <vector>
 
 #include "Base/CreateHair/GenerationRun.h"
+#include "Base/CreateHair/PaddedPoints.h"
 #include "Base/HUtil/HairRandom.h"
 #include "Base/SurfDist/SurfDistEvaluator.h"
 
-/// A growable array that vector code may read and write a few floats beyond its end.
-struct PaddedFloats {
-    std::vector<float> data;
-    void Resize(int n) { data.assign(size_t(n) + 8, 0.0f); }
-    float* Data() { return data.data(); }
-    const float* Data() const { return data.data(); }
-    float& operator[](int i) { return data[size_t(i)]; }
-    float operator[](int i) const { return data[size_t(i)]; }
-};
-
-/// Positions or tangents, one array a component.
-struct PaddedPoints {
-    PaddedFloats x, y, z;
-    void Resize(int n) { x.Resize(n), y.Resize(n), z.Resize(n); }
-    Point3 operator[](int i) const { return {x[i], y[i], z[i]}; }
-    void Set(int i, const Point3& p) { x[i] = p.x, y[i] = p.y, z[i] = p.z; }
-};
-
 /// One generation thread's state. All arrays are sized once a run for the largest strand.
-class StrandContext {
+class alignas(kThreadAlignment) StrandContext {
 public:
     /// Sizes everything for `run`.
     StrandContext(const GenerationRun& run, int threadIndex);
@@ -41,18 +23,18 @@ public:
     // The current face.
     const EmitterFace* face = nullptr;
     int vertex[3] = {0, 0, 0};
-    Point3 faceNormal;                 ///< unit, output space
-    Point3 clumpCorner[3];             ///< corners that clump distances are measured on
-    std::vector<Point3> attractorBary; ///< roots of the face's clump attractors
-    std::vector<char> segmentVisible;  ///< by segment of the unshortened strand
-    std::vector<char> cullScratch;     ///< room for culling
+    Point3 faceNormal;                  ///< unit, output space
+    Point3 clumpCorner[3];              ///< corners that clump distances are measured on
+    ThreadVector<Point3> attractorBary; ///< roots of the face's clump attractors
+    ThreadVector<char> segmentVisible;  ///< by segment of the unshortened strand
+    ThreadVector<char> cullScratch;     ///< room for culling
 
     // The current strand.
     int strandIndex = 0;
     bool attracted = false;
     Point3 bary, weights; ///< root weights; final weights (direction random and clumping applied)
     Point3 rootObject, rootOutput;
-    std::vector<Point3> mapRoot; ///< root's coordinate by emitter channel + 2
+    ThreadVector<Point3> mapRoot; ///< root's coordinate by emitter channel + 2
     float cutFactor = 1;
     int materialId = 0;                    ///< zero-based
     float lengthSample = 1, thickness = 0; ///< thickness: base thickness T, world units
@@ -88,5 +70,5 @@ public:
     std::unique_ptr<Tables> tables;
 
 private:
-    std::vector<std::unique_ptr<SurfDistEvaluator>> surfaces_;
+    ThreadVector<std::unique_ptr<SurfDistEvaluator>> surfaces_;
 };

@@ -1,8 +1,7 @@
 #pragma once
 // Colour and opacity of strand points: the run's material asked at each of them.
 
-#include <vector>
-
+#include "Base/CreateHair/PaddedPoints.h"
 #include "Base/HairParams.h"
 #include "Base/HairShadeContext.h"
 
@@ -43,7 +42,7 @@ inline constexpr Class_ID HAIR_SHADER_CLASS_ID{0x4eac6307, 0x1ba16fc3};
 bool UsesHairShader(Mtl* material, int materialId);
 
 /// One thread's shading of strand points.
-class StrandShading : private IAroundStrand {
+class alignas(kThreadAlignment) StrandShading : private IAroundStrand {
 public:
     StrandShading(const ShadingSetup& setup, const HairParams& params);
     StrandShading(const StrandShading&) = delete;
@@ -51,10 +50,11 @@ public:
 
     void SetStrand(const StrandSurface& s);
     int WidthSamples() const { return samples_; }
-    /// Shades the width samples of a point: camera-space position, tangent (not degenerate), thickness there, and the
+    /// Prepares the first `count` points of a strand, whose camera-space positions and tangents these are.
+    void SetPoints(const PaddedPoints& position, const PaddedPoints& tangent, int count);
+    /// Shades the width samples of point `i` of SetPoints, whose tangent is not degenerate: thickness there, and the
     /// parameter along the strand. Writes WidthSamples() colours and opacities.
-    void ShadeSamples(const Point3& p, const Point3& tangent, float thickness, float v, Color* colors,
-                      float* opacities);
+    void ShadeSamples(int i, float thickness, float v, Color* colors, float* opacities);
     /// One colour at the point itself.
     void ShadeSingle(const Point3& p, const Point3& tangent, float v, Color& color, float& opacity);
     /// A tangent that is too short to shade with.
@@ -65,7 +65,10 @@ private:
         Point3 normal, side, contextNormal;
         bool backFace = false;
     };
-    Frame MakeFrame(const Point3& p, const Point3& tangent) const;
+    Point3 Eye(const Point3& p) const;
+    Point3 Facing(const Point3& p, const Point3& tangent) const;
+    Frame RoundFrame(const Point3& facing, const Point3& tangent) const;
+    Frame FlatFrame(const Point3& p, const Point3& tangent) const;
     void FillMapping(float u, float v);
     void SetU(float u);
     float Around() override;
@@ -75,14 +78,17 @@ private:
     bool flat_;
     int samples_;
     float bias_;
-    std::vector<int> channels_;     ///< strand mapping by output channel
-    std::vector<char> cylindrical_; ///< by output channel: shows the position around the strand
-    Point3 aroundNormal_, aroundSide_;
+    ThreadVector<int> channels_;     ///< strand mapping by output channel
+    ThreadVector<char> cylindrical_; ///< by output channel: shows the position around the strand
+    Point3 aroundNormal_, aroundTangent_;
+    const PaddedPoints* position_ = nullptr; ///< of the strand's points
+    const PaddedPoints* tangent_ = nullptr;
+    PaddedPoints facing_; ///< of round strands: Facing of every point
     bool wantsU_ = false; ///< a channel shows the position around the strand
     StrandSurface strand_;
     bool hairShader_ = false;
-    std::vector<signed char> shaderById_; ///< cache of UsesHairShader by material id: -1 unknown
-    std::vector<Point3> uvw_;
+    ThreadVector<signed char> shaderById_; ///< cache of UsesHairShader by material id: -1 unknown
+    ThreadVector<Point3> uvw_;
     HairShadeContext context_;
     Matrix3 objectToWorld_, worldToCam_, objectToCam_, camToWorld_, worldToObject_, camToObject_;
 };

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Base/CtlHairMesh/VertexFaces.h"
+#include "Base/HUtil/ThreadVector.h"
 #include "Base/SurfDist/SurfDistSettings.h"
 #include "sdk/basetypes.h"
 #include "sdk/color.h"
@@ -32,7 +33,7 @@ struct SurfDistScene {
 
 /// A surface distribution at work. One thread uses one evaluator at a time; materials and maps must allow concurrent
 /// evaluation.
-class SurfDistEvaluator {
+class alignas(kThreadAlignment) SurfDistEvaluator {
 public:
     SurfDistEvaluator(const SurfDistSettings& settings, const SurfDistScene& scene);
     ~SurfDistEvaluator();
@@ -60,7 +61,7 @@ private:
     SurfDistScene scene_;
     Matrix3 normalTM_;
     AColor result_{1, 1, 1, 1};
-    std::vector<Point3> channels_; ///< coordinate by channel + 2
+    ThreadVector<Point3> channels_; ///< coordinate by channel + 2
     std::unique_ptr<HairShadeContext> context_;
     Mtl* ownMaterial_ = nullptr;     ///< the default material, when the emitter has none
     std::vector<FaceCorner> lowest_; ///< lowest face that uses each vertex, built on first use

@@ -84,7 +84,7 @@ void RenderHandoff::ShadePoint(const StrandContext& c, int i, int stride) {
     if (!StrandShading::Degenerate(c.tangent[i])) {
         const int n = run_.params->On(pid_uvLenRandCut) ? run_.maxPoints : c.points;
         const float v = float(i) / float(n - 1);
-        shading_->ShadeSamples(c.position[i], c.tangent[i], c.width[i], v, color, opacity);
+        shading_->ShadeSamples(i, c.width[i], v, color, opacity);
     } else if (i == 0) {
         std::fill(color, color + samples_, Color(0, 0, 0));
         std::fill(opacity, opacity + samples_, 1.0f);
@@ -118,6 +118,7 @@ void RenderHandoff::Shade(StrandContext& c) {
     s.materialId = c.materialId;
     s.face = c.face->face;
     shading_->SetStrand(s);
+    shading_->SetPoints(c.position, c.tangent, c.points);
     std::fill_n(shaded_.begin(), c.points, char(0));
     const bool everyPoint = run_.params->On(pid_shadeBezSegs);
     for (int seg = 0; seg < c.segments; ++seg) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Base/HUtil/Simd.h"
 #include "Base/HairMath.h"
 #include "HRendBuf/HairImageInfo.h"
 #include "HRendBuf/ViewParamsEx.h"
@@ -14,6 +15,39 @@ constexpr float kNearOne = 0.999f;
 
 float ClampInside(float v) {
     return v < kNearZero ? kNearZero : v > kNearOne ? kNearOne : v;
+}
+
+/// Four points or vectors. Every lane is the scalar function's expression.
+struct Point3x4 {
+    Float4 x, y, z;
+    Point3x4(Float4 x, Float4 y, Float4 z) : x(x), y(y), z(z) {}
+    explicit Point3x4(const Point3& p) : x(p.x), y(p.y), z(p.z) {}
+    static Point3x4 Load(const PaddedPoints& p, int i) {
+        return {Float4::Load(p.x.Data() + i), Float4::Load(p.y.Data() + i), Float4::Load(p.z.Data() + i)};
+    }
+    void Store(PaddedPoints& p, int i) const {
+        x.Store(p.x.Data() + i);
+        y.Store(p.y.Data() + i);
+        z.Store(p.z.Data() + i);
+    }
+};
+Point3x4 VectorTransform(const Point3x4& v, const Matrix3& m) {
+    const auto component = [&](int c) {
+        return v.x * Float4(m.GetRow(0)[c]) + v.y * Float4(m.GetRow(1)[c]) + v.z * Float4(m.GetRow(2)[c]);
+    };
+    return {component(0), component(1), component(2)};
+}
+Point3x4 PointTransform(const Point3x4& p, const Matrix3& m) {
+    const Point3x4 v = VectorTransform(p, m), trans(m.GetTrans());
+    return {v.x + trans.x, v.y + trans.y, v.z + trans.z};
+}
+Point3x4 CrossProd(const Point3x4& a, const Point3x4& b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+Point3x4 Normalize(const Point3x4& a) {
+    const Float4 length = Sqrt(a.x * a.x + a.y * a.y + a.z * a.z), zero = 0.0f;
+    return {SelectPositive(length, a.x / length, zero), SelectPositive(length, a.y / length, zero),
+            SelectPositive(length, a.z / length, zero)};
 }
 
 } // namespace
@@ -32,7 +66,8 @@ bool UsesHairShader(Mtl* material, int materialId) {
 
 StrandShading::StrandShading(const ShadingSetup& setup, const HairParams& params)
     : setup_(setup), flat_(params.Int(pid_crossSec) == 1), samples_(std::max(1, params.Int(pid_maxWidthSamples))),
-      bias_(params.Float(pid_colBias)), channels_(params.mappingChannels), uvw_(params.mappingChannels.size()) {
+      bias_(params.Float(pid_colBias)), channels_(params.mappingChannels.begin(), params.mappingChannels.end()),
+      uvw_(params.mappingChannels.size()) {
     for (const int c : channels_) cylindrical_.push_back(c == STRANDMAP_CYLINDRICAL);
     wantsU_ = std::find(cylindrical_.begin(), cylindrical_.end(), char(1)) != cylindrical_.end();
     objectToWorld_ = setup.objectTM;
@@ -62,24 +97,46 @@ void StrandShading::SetStrand(const StrandSurface& s) {
     hairShader_ = shaderById_[id] == 1;
 }
 
-StrandShading::Frame StrandShading::MakeFrame(const Point3& p, const Point3& tangent) const {
+// The eye vector, found in world space and turned back.
+Point3 StrandShading::Eye(const Point3& p) const {
+    return VectorTransform(camToWorld_.GetTrans() - p * camToWorld_, worldToCam_);
+}
+
+// The unit normal of a round strand towards the eye.
+Point3 StrandShading::Facing(const Point3& p, const Point3& tangent) const {
+    return Normalize(CrossProd(tangent, CrossProd(Eye(p), tangent)));
+}
+
+StrandShading::Frame StrandShading::RoundFrame(const Point3& facing, const Point3& tangent) const {
     Frame f;
-    // The eye vector, found in world space and turned back.
-    const Point3 eyeWorld = camToWorld_.GetTrans() - p * camToWorld_;
-    const Point3 eye = VectorTransform(eyeWorld, worldToCam_);
-    if (flat_) {
-        f.normal =
-            hairShader_ ? Normalize(tangent) : Normalize(CrossProd(tangent, CrossProd(strand_.orientation, tangent)));
-        f.backFace = DotProd(eye, f.normal) < 0.0f;
-        // Intended: with the hair shader T x n vanishes, so flat width samples do not spread.
-        f.side = Normalize(CrossProd(tangent, f.normal));
-        f.contextNormal = f.normal;
-    } else {
-        f.normal = Normalize(CrossProd(tangent, CrossProd(eye, tangent)));
-        f.side = Normalize(CrossProd(tangent, f.normal));
-        f.contextNormal = hairShader_ ? Normalize(tangent) : f.normal;
-    }
+    f.normal = facing;
+    if (samples_ > 1) f.side = Normalize(CrossProd(tangent, f.normal));
+    f.contextNormal = hairShader_ ? Normalize(tangent) : f.normal;
     return f;
+}
+
+StrandShading::Frame StrandShading::FlatFrame(const Point3& p, const Point3& tangent) const {
+    Frame f;
+    f.normal =
+        hairShader_ ? Normalize(tangent) : Normalize(CrossProd(tangent, CrossProd(strand_.orientation, tangent)));
+    f.backFace = DotProd(Eye(p), f.normal) < 0.0f;
+    // Intended: with the hair shader T x n vanishes, so flat width samples do not spread.
+    f.side = Normalize(CrossProd(tangent, f.normal));
+    f.contextNormal = f.normal;
+    return f;
+}
+
+void StrandShading::SetPoints(const PaddedPoints& position, const PaddedPoints& tangent, int count) {
+    position_ = &position;
+    tangent_ = &tangent;
+    if (flat_) return;
+    if (int(facing_.x.data.size()) < count + 8) facing_.Resize(count);
+    for (int i = 0; i < count; i += 4) {
+        const Point3x4 p = Point3x4::Load(position, i), t = Point3x4::Load(tangent, i);
+        const Point3x4 away = PointTransform(p, camToWorld_), trans(camToWorld_.GetTrans());
+        const Point3x4 eye = VectorTransform({trans.x - away.x, trans.y - away.y, trans.z - away.z}, worldToCam_);
+        Normalize(CrossProd(t, CrossProd(eye, t))).Store(facing_, i);
+    }
 }
 
 // Output channels by their mapping types, for (u, v) along the strand.
@@ -111,7 +168,8 @@ void StrandShading::SetU(float u) {
 // Around a round strand at its single sample, which faces the viewer.
 float StrandShading::Around() {
     const Point3& o = strand_.orientation;
-    const float a = HairMath::Atan2(-DotProd(o, aroundNormal_), DotProd(o, aroundSide_));
+    const Point3 side = Normalize(CrossProd(aroundTangent_, aroundNormal_));
+    const float a = HairMath::Atan2(-DotProd(o, aroundNormal_), DotProd(o, side));
     const float u = (4.712389f - a) / HairMath::kTwoPi;
     return u > 1.0f ? u - 1.0f : u;
 }
@@ -127,14 +185,14 @@ void StrandShading::ShadeAt(const Point3& p, const Point3& normal, bool backFace
 }
 
 void StrandShading::ShadeSingle(const Point3& p, const Point3& tangent, float v, Color& color, float& opacity) {
-    const Frame f = MakeFrame(p, tangent);
+    const Frame f = flat_ ? FlatFrame(p, tangent) : RoundFrame(Facing(p, tangent), tangent);
     FillMapping(0.5f, ClampInside(v));
     ShadeAt(p, f.contextNormal, f.backFace, color, opacity);
 }
 
-void StrandShading::ShadeSamples(const Point3& p, const Point3& tangent, float thickness, float v, Color* colors,
-                                 float* opacities) {
-    const Frame f = MakeFrame(p, tangent);
+void StrandShading::ShadeSamples(int i, float thickness, float v, Color* colors, float* opacities) {
+    const Point3 p = (*position_)[i], tangent = (*tangent_)[i];
+    const Frame f = flat_ ? FlatFrame(p, tangent) : RoundFrame(facing_[i], tangent);
     const int n = samples_;
     FillMapping(0.5f, ClampInside(v));
     if (flat_) {
@@ -149,7 +207,7 @@ void StrandShading::ShadeSamples(const Point3& p, const Point3& tangent, float t
         return;
     }
     if (n == 1) {
-        aroundNormal_ = f.normal, aroundSide_ = f.side;
+        aroundNormal_ = f.normal, aroundTangent_ = tangent;
         if (wantsU_) context_.SetAround(this, cylindrical_.data());
         ShadeAt(p + f.normal * (thickness / 2.0f), f.contextNormal, f.backFace, colors[0], opacities[0]);
         context_.SetAround(nullptr, nullptr);

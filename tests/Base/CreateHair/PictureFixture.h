@@ -110,7 +110,7 @@ inline Picture RenderPicture(Engine& e, const Camera& camera, const PictureSetti
     for (int y = 0; y < camera.image.height; ++y)
         for (int x = 0; x < camera.image.width; ++x) {
             buffer.RenderBucket(HRM_IMAGE, 0, camera.image, camera.view, x, y, nullptr, nullptr, nullptr);
-            p.lists.push_back(PlainList(buffer.ImageList(x, y)));
+            p.lists.push_back(PlainList(buffer.ReadImage(x, y)));
             Color c;
             float through = 1;
             buffer.Composite(x, y, 0, -1000, c, through);

@@ -13,7 +13,7 @@ using namespace engine;
 
 /// Keeps which segments were left visible.
 struct VisibleSegments {
-    std::map<std::pair<int, int>, std::vector<char>> byStrand;
+    std::map<std::pair<int, int>, ThreadVector<char>> byStrand;
     static bool Aborted() { return false; }
     void OnStrand(StrandContext& c) { byStrand[{c.face->face, c.strandIndex}] = c.segmentVisible; }
 };

@@ -53,7 +53,11 @@ struct ShadingFixture {
         colors.resize(size_t(n)), opacities.resize(size_t(n));
         witness.calls.clear();
         // A vertical strand straight ahead of the camera: the eye lies along +Z.
-        shading.ShadeSamples({0, 0, -5}, {0, 2, 0}, thickness, v, colors.data(), opacities.data());
+        PaddedPoints position, tangent;
+        position.Resize(1), tangent.Resize(1);
+        position.Set(0, {0, 0, -5}), tangent.Set(0, {0, 2, 0});
+        shading.SetPoints(position, tangent, 1);
+        shading.ShadeSamples(0, thickness, v, colors.data(), opacities.data());
         return witness.calls;
     }
 };

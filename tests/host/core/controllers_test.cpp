@@ -75,8 +75,8 @@ TEST(FloatControl, EqualKeysMakeOneStretch) {
 
 TEST(FloatControl, ConstantKeysHoldUntilTheNext) {
     FloatControl c;
-    c.SetKey(0, 1, KeyKind::Constant);
-    c.SetKey(10, 2, KeyKind::Constant);
+    c.SetKey(0, 1, TangentType::Step);
+    c.SetKey(10, 2, TangentType::Step);
     c.SetKey(20, 2);
     c.SetKey(30, 4);
     EXPECT_EQ(Get<float>(c, 9).value, 1);
@@ -123,7 +123,7 @@ RC_GTEST_PROP(KeyTrack, ValidityIsExact, ()) {
     const int count = *rc::gen::inRange(1, 8);
     for (int i = 0; i < count; ++i)
         c.SetKey(*rc::gen::inRange(-30, 30), float(*rc::gen::inRange(0, 3)),
-                 *rc::gen::element(KeyKind::Linear, KeyKind::Constant));
+                 *rc::gen::element(TangentType::Linear, TangentType::Step));
     const TimeValue t = *rc::gen::inRange(-40, 40);
     const At<float> at = Get<float>(c, t);
     RC_ASSERT(at.valid.InInterval(t));

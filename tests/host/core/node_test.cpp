@@ -9,6 +9,7 @@
 
 #include "core/controllers.h"
 #include "core/core.h"
+#include "core/light.h"
 #include "test_objects.h"
 
 namespace {
@@ -187,6 +188,28 @@ TEST_F(NodeTest, ChangesSendTheirOwnMessages) {
     watcher.DeleteAllRefs();
 }
 
+TEST_F(NodeTest, AMovedKeyIsToldForItsTimes) {
+    TimesListener above, lit;
+    Node* const parent = core.CreateNode("parent");
+    Node* const child = core.CreateNode("child", nullptr, parent);
+    auto* const prs = new PrsControl;
+    auto* const path = static_cast<PositionControl*>(prs->Position());
+    for (int i = 0; i < 6; ++i) path->SetKey(i * 100, {float(i), 0, 0});
+    parent->SetTMController(prs);
+    above.ReplaceReference(0, child);
+    path->SetKey(200, {9, 0, 0});
+    EXPECT_EQ(above.told, Interval(0, 400)) << "smooth neighbours reach as far as theirs";
+    auto* const lamp = core.Adopt(new Light(OMNI_LGT));
+    auto* const strength = new FloatControl;
+    for (int i = 0; i < 6; ++i) strength->SetKey(i * 100, 1);
+    lamp->Params()->SetController(kLightMultiplier, strength);
+    lit.ReplaceReference(0, lamp);
+    strength->DeleteKeyAtTime(0);
+    EXPECT_EQ(lit.told, Interval(TIME_NegInfinity, 200));
+    above.DeleteAllRefs();
+    lit.DeleteAllRefs();
+}
+
 TEST_F(NodeTest, ThePipelineWorksOnACopyFromTheBottomUp) {
     tri->mesh = UnitCube();
     Node* const n = core.CreateNode("n", tri);
@@ -330,8 +353,7 @@ TEST_F(NodeTest, ClonesBelongToTheSameScene) {
 
 TEST(UserProps, LinesOfText) {
     Node n("n");
-    n.UserProperties().SetText(
-        "HairCollisionFriction = 0.25\r\nname=  two words \nno sign here\nCount = 12\nBad = 3x\n");
+    n.SetUserPropText("HairCollisionFriction = 0.25\r\nname=  two words \nno sign here\nCount = 12\nBad = 3x\n");
     float f = -1;
     int i = -1;
     TSTR s;

@@ -47,6 +47,17 @@ private:
     std::vector<RefTargetHandle> slots_;
 };
 
+/// Remembers for which times it was told of the last change.
+class TimesListener : public Thing {
+public:
+    TimesListener() : Thing(1) {}
+    RefResult NotifyRefChanged(const Interval& changed, RefTargetHandle, PartID&, RefMessage) override {
+        told = changed;
+        return REF_STOP;
+    }
+    Interval told = NEVER;
+};
+
 /// Adds a triangle; corners count from 0.
 inline void AddFace(Mesh& mesh, int a, int b, int c, uint32_t smGroup = 0) {
     Face face;
