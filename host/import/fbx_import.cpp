@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "import/fbx_guard.h"
 #include "import/fbx_parts.h"
 #include "import/file_error.h"
 #include "import/near_file.h"
@@ -150,6 +151,7 @@ void ReadFbxMaterials(FbxFile& fbx) {
 }
 
 ImportedScene ImportFbx(const std::string& file, const std::string& content, const std::string& animation) {
+    CheckFbxTree(file, content);
     Assimp::Importer importer;
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
     const aiScene* from = nullptr;

@@ -75,10 +75,10 @@ tinygltf::FsCallbacks FilesBeside(const std::string* file) {
     return calls;
 }
 
-// Pictures stay as they are.
+// Pictures stay as they are. The library does not check that those in buffers lie within: they are read afterwards.
 bool KeepImage(tinygltf::Image* image, int, std::string*, std::string*, int, int, const unsigned char* bytes, int size,
                void*) {
-    image->image.assign(bytes, bytes + size);
+    if (image->bufferView < 0) image->image.assign(bytes, bytes + size);
     return true;
 }
 

@@ -153,6 +153,17 @@ private:
     ImportedMaterial out_;
 };
 
+// The bytes of a picture in a buffer; empty when it does not lie within.
+std::string BytesInBuffer(const GltfFile& gltf, int view) {
+    if (view < 0 || size_t(view) >= gltf.model.bufferViews.size()) return {};
+    const tinygltf::BufferView& v = gltf.model.bufferViews[size_t(view)];
+    if (v.buffer < 0 || size_t(v.buffer) >= gltf.model.buffers.size()) return {};
+    const auto& data = gltf.model.buffers[size_t(v.buffer)].data;
+    if (v.byteOffset > data.size() || v.byteLength > data.size() - v.byteOffset) return {};
+    const auto begin = data.begin() + std::ptrdiff_t(v.byteOffset);
+    return std::string(begin, begin + std::ptrdiff_t(v.byteLength));
+}
+
 } // namespace
 
 void ReadGltfImages(GltfFile& gltf) {
@@ -160,7 +171,8 @@ void ReadGltfImages(GltfFile& gltf) {
         const tinygltf::Image& from = gltf.model.images[i];
         ImportedImage image;
         image.name = from.name.empty() ? "image " + std::to_string(i) : from.name;
-        image.bytes.assign(from.image.begin(), from.image.end());
+        image.bytes = from.bufferView >= 0 ? BytesInBuffer(gltf, from.bufferView)
+                                           : std::string(from.image.begin(), from.image.end());
         if (image.bytes.empty() && !from.uri.empty()) {
             image.path = FileBeside(gltf.file, from.uri, true);
             if (image.path.empty())

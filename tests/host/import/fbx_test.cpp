@@ -113,7 +113,7 @@ Objects:  {
 		ShadingModel: "phong"
 		Properties70:  {
 			P: "DiffuseColor", "Color", "", "A",0.25,0.5,0.75
-			P: "Shininess", "double", "Number", "",32
+			P: "ShininessExponent", "double", "Number", "",32
 		}
 	}
 }
@@ -183,7 +183,7 @@ TEST(Fbx, CamerasAndLightsLookAlongTheirNodes) {
     EXPECT_NEAR(light.color.g * light.multiplier, 0.25, 1e-5);
 }
 
-TEST(Fbx, SkinsAndKeys) {
+TEST(Fbx, Skins) {
     const std::string file = VELMAR_SOURCE_DIR "/fuzz/corpus/fbx/bones.fbx";
     const ImportedScene scene = ImportSceneFile(file);
     int skinned = 0;
@@ -197,11 +197,45 @@ TEST(Fbx, SkinsAndKeys) {
         EXPECT_GE(mesh.influences.size(), 5u);
     }
     EXPECT_EQ(skinned, 1);
-    const ImportedNode& root = NodeOf(scene, "root");
-    ASSERT_GE(root.rotations.keys.size(), 2u);
-    EXPECT_NEAR(root.rotations.keys.back().time, 1, 1e-3);
-    // A quarter turn about Z, in the host's sense.
-    EXPECT_NEAR(std::fabs(root.rotations.keys.back().value.z), std::sqrt(0.5), 1e-3);
+}
+
+TEST(Fbx, KeysInSeconds) {
+    // Half a second is 23093079000 of the file's ticks.
+    std::string text = kBoard;
+    text.insert(text.find("Connections:") - 2, R"(	AnimationStack: 500, "AnimStack::walk", "" {
+	}
+	AnimationLayer: 501, "AnimLayer::base", "" {
+	}
+	AnimationCurveNode: 502, "AnimCurveNode::T", "" {
+	}
+	AnimationCurve: 503, "AnimCurve::", "" {
+		KeyVer: 4008
+		KeyTime: *2 {
+			a: 0,23093079000
+		}
+		KeyValueFloat: *2 {
+			a: 0,4
+		}
+	}
+)");
+    text.insert(text.rfind('}'), R"(	C: "OO",501,500
+	C: "OO",502,501
+	C: "OP",502,200, "Lcl Translation"
+	C: "OP",503,502, "d|X"
+)");
+    const ImportedScene scene = ImportFbx("m.fbx", text, "walk");
+    const auto& keys = NodeOf(scene, "board").positions.keys;
+    ASSERT_GE(keys.size(), 2u);
+    EXPECT_NEAR(keys.back().time, 0.5, 1e-3);
+    EXPECT_NEAR(keys.back().value.x, 4, 1e-4);
+    EXPECT_NEAR(keys.front().value.x, 0, 1e-4);
+}
+
+TEST(Fbx, ObjectsBelowThemselves) {
+    std::string text = kBoard;
+    text.insert(text.rfind('}'), "\tC: \"OO\",150,200\n");
+    EXPECT_EQ(ErrorOf([&] { ImportFbx("m.fbx", text); }),
+              "m.fbx: has an object that hangs below itself, expected a tree");
 }
 
 TEST(Fbx, Errors) {

@@ -142,11 +142,12 @@ TEST(Gltf, CamerasLookDownAfterTurningUp) {
     EXPECT_NEAR(scene.lights[0].multiplier, 4 / (M_PI * 26), 1e-6);
     PlaceScene("m.gltf", scene, {2, UpAxis::kY});
     const std::vector<Matrix3> worlds = WorldMatrices(scene);
-    EXPECT_EQ(worlds[0].GetTrans(), Point3(0, -10, 0));
-    EXPECT_EQ(VectorTransform(Point3(0, 0, -1), worlds[0]), Point3(0, 1, 0));
-    EXPECT_EQ(VectorTransform(Point3(0, 1, 0), worlds[0]), Point3(0, 0, 1));
-    EXPECT_EQ(worlds[1].GetTrans(), Point3(0, -10, 2));
-    EXPECT_EQ(VectorTransform(Point3(0, 0, -1), worlds[1]), Point3(0, 1, 0));
+    const auto near = [](const Point3& a, const Point3& b) { EXPECT_LT(Length(a - b), 1e-5f); };
+    near(worlds[0].GetTrans(), {0, -10, 0});
+    near(VectorTransform(Point3(0, 0, -1), worlds[0]), {0, 1, 0});
+    near(VectorTransform(Point3(0, 1, 0), worlds[0]), {0, 0, 1});
+    near(worlds[1].GetTrans(), {0, -10, 2});
+    near(VectorTransform(Point3(0, 0, -1), worlds[1]), {0, 1, 0});
     EXPECT_FLOAT_EQ(scene.cameras[0].nearClip, 0.5f);
 }
 

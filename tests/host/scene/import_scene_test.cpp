@@ -1,7 +1,9 @@
 // .gltf files in scenes: nodes, modifiers, materials, cameras, keys.
 
+#include <cmath>
 #include <fstream>
 
+#include "../import/gltf_builder.h"
 #include "core/camera.h"
 #include "materials/bitmap_map.h"
 #include "modifiers/morph.h"
@@ -61,7 +63,29 @@ TEST_F(ImportSceneTest, CubicKeysFollowTheirCurve) {
     for (const double u : {0.0, 0.25, 0.5, 0.75, 1.0}) {
         const TimeValue t = TimeValue(u * TIME_TICKSPERSEC);
         const Matrix3 local = tip->GetNodeTM(t) * Inverse(NodeOf("root")->GetNodeTM(t));
-        ExpectNear(local.GetTrans(), {1, float(u * u * u - 2 * u * u + u), 0}, 5e-3f);
+        ExpectNear(local.GetTrans(), {1, float(u * u * u - 2 * u * u + u), 0}, 1e-4f);
+    }
+}
+
+TEST_F(ImportSceneTest, CubicRotationsKeepCloseToTheirCurve) {
+    using import_test::GltfText;
+    const float half = std::sqrt(0.5f);
+    GltfText g = import_test::SplitSquare();
+    const std::string times = std::to_string(g.Floats("SCALAR", 1, {0, 2}));
+    const std::string turns = std::to_string(
+        g.Floats("VEC4", 4, {0, 0, 0, 0, 0, 0, 0, 1, 0.3f, 0, 0, 0, 0, 0.2f, 0, 0, 0, 0, half, half, 0, 0, 0, 0}));
+    Write("turn.gltf", g.Text(import_test::OneMesh("\"POSITION\":0") +
+                              ",\"animations\":[{\"samplers\":[{\"input\":" + times + ",\"output\":" + turns +
+                              ",\"interpolation\":\"CUBICSPLINE\"}],\"channels\":[{\"sampler\":0,\"target\":{"
+                              "\"node\":0,\"path\":\"rotation\"}}]}]"));
+    Load("[scene]\nimport = [{ file = \"turn.gltf\", up = \"z\" }]\n");
+    for (float u = 0; u <= 1; u += 1.0f / 32) {
+        // Hermite by components: x leaves with 0.3 a second, y comes with 0.2 a second, over two seconds.
+        const float step = 3 * u * u - 2 * u * u * u, leave = 2 * (u - 2 * u * u + u * u * u),
+                    come = 2 * (u * u * u - u * u);
+        const Quat q = Normalize(Quat(-0.3f * leave, -0.2f * come, -half * step, 1 - step + half * step));
+        const Matrix3 want = q.ToMatrix(), is = NodeOf("it")->GetNodeTM(TimeValue(u * 2 * TIME_TICKSPERSEC));
+        for (int r = 0; r < 3; ++r) ExpectNear(is.GetRow(r), want.GetRow(r), 1e-3f);
     }
 }
 
