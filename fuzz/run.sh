@@ -9,11 +9,14 @@ runs=${1:-2000000}
 [ $# -gt 0 ] && shift
 targets=${*:-obj ply 3ds gltf fbx scene}
 
-export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1
+export UBSAN_OPTIONS=print_stacktrace=1
 status=0
 for t in $targets; do
   mkdir -p "$build/corpus/$t" "$build/findings"
-  if "$build/bin/fuzz_$t" -runs="$runs" -timeout=10 -rss_limit_mb=3000 -max_len=65536 -print_final_stats=1 \
+  # Assimp loses memory when it refuses a file; that is not ours to find.
+  leaks=1
+  case $t in 3ds | fbx) leaks=0 ;; esac
+  if ASAN_OPTIONS=detect_leaks=$leaks:allocator_may_return_null=1 "$build/bin/fuzz_$t" -detect_leaks=$leaks -runs="$runs" -timeout=10 -rss_limit_mb=3000 -max_len=65536 -print_final_stats=1 \
     -artifact_prefix="$build/findings/$t-" "$build/corpus/$t" "$here/corpus/$t" 2>"$build/$t.log"; then
     result=clean
   else
