@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 SCENE ?= examples/horse.toml
 
-.PHONY: all build demo test bench asan tsan docs check windows-check clean deps
+.PHONY: all build demo test bench asan tsan fuzz docs check windows-check clean deps
 
 all: build
 
@@ -39,6 +39,13 @@ asan tsan: deps
 	@cmake --preset $@ >/dev/null
 	@cmake --build --preset $@ -j $(JOBS)
 	@ctest --preset $@ -j $(JOBS)
+
+# RUNS and TARGETS choose how much and what.
+fuzz: deps
+	@command -v clang++-14 >/dev/null || tools/install_deps.sh clang-14 libclang-rt-14-dev
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS)
+	@fuzz/run.sh $(or $(RUNS),2000000) $(TARGETS)
 
 docs: build
 	@tools/make_docs.sh

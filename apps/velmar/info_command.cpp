@@ -114,6 +114,34 @@ std::string EmittersOf(const host::LoadedHair& hair) {
     return "[]";
 }
 
+// What files with whole scenes were brought in as, and what was left out.
+void PrintFile(const host::LoadedFile& file) {
+    for (size_t i = 0; i < file.notes.size(); ++i)
+        std::printf("%s%s%s\n", i == 0 ? "import " : "  note: ", i == 0 ? (file.path + ": ").c_str() : "",
+                    file.notes[i].c_str());
+}
+
+// The box of all meshes and shapes at frame 0, in the world.
+void PrintBounds(Session& session) {
+    Box3 box;
+    for (host::Node* const node : session.core.AllNodes()) {
+        Object* const object = node->EvalWorldState(0).obj;
+        if (auto* const tri = dynamic_cast<TriObject*>(object)) {
+            const Matrix3 tm = node->GetObjectTM(0);
+            for (const Point3& p : tri->mesh.verts) box += p * tm;
+        } else if (auto* const shape = dynamic_cast<ShapeObject*>(object)) {
+            box += shape->shape.GetBoundingBox() * node->GetObjectTM(0);
+        }
+    }
+    if (box.IsEmpty()) return;
+    const auto text = [](const Point3& p) {
+        std::string out("[");
+        for (int k = 0; k < 3; ++k) out.append(k > 0 ? ", " : "").append(host::NumberText(double(p[k])));
+        return out.append("]");
+    };
+    std::printf("bounds: %s to %s\n", text(box.Min()).c_str(), text(box.Max()).c_str());
+}
+
 void PrintHair(Session& session, const host::LoadedHair& hair) {
     std::printf("%s '%s': emitters %s", hair.isFur ? "fur" : "hair", hair.name.c_str(), EmittersOf(hair).c_str());
     Interval valid = FOREVER;
@@ -147,7 +175,9 @@ int RunInfo(const InfoOptions& info) {
     std::printf("scene %s: frames %d to %d at %d a second, picture %d x %d\n", options.scene.c_str(),
                 session.scene.firstFrame, session.scene.lastFrame, session.core.GetFrameRate(), render.width,
                 render.height);
+    for (const host::LoadedFile& file : session.scene.files) PrintFile(file);
     for (host::Node* const node : session.core.AllNodes()) PrintNode(session, node);
+    PrintBounds(session);
     for (const host::LoadedHair& hair : session.scene.hair) PrintHair(session, hair);
     return 0;
 }

@@ -8,6 +8,7 @@
 #include "image/check_png.h"
 #include "image/codecs.h"
 #include "image/color_encoding.h"
+#include "image/embedded_image.h"
 #include "image/read_exr.h"
 
 namespace host {
@@ -77,7 +78,23 @@ Image ReadOther(const std::string& path, bool raw) {
     return image;
 }
 
+namespace {
+
+// The same as for a file; messages name what the user knows.
+Image LoadEmbedded(const std::string& path, const std::string& bytes, bool raw) {
+    const EmbeddedImageFile file(bytes);
+    try {
+        return LoadImage(file.Path(), raw);
+    } catch (const Error& e) {
+        const std::string text = e.what();
+        throw Error(text.starts_with(file.Path()) ? path + text.substr(file.Path().size()) : path + ": " + text);
+    }
+}
+
+} // namespace
+
 Image LoadImage(const std::string& path, bool raw) {
+    if (const auto bytes = FindEmbeddedImage(path)) return LoadEmbedded(path, *bytes, raw);
     std::error_code ec;
     if (!std::filesystem::is_regular_file(path, ec)) throw Error(path + ": cannot read: there is no such file");
     try {

@@ -1,18 +1,12 @@
 #include "import/mesh_import.h"
 
 #include <algorithm>
-#include <cctype>
-#include <filesystem>
+
+#include "import/near_file.h"
 
 namespace host {
 
 namespace {
-
-std::string LowerExtension(const std::string& path) {
-    std::string ext = std::filesystem::path(path).extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    return ext;
-}
 
 void BringIntoScene(Mesh& mesh, const ImportOptions& options) {
     for (Point3& p : mesh.verts) {

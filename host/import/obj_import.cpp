@@ -28,7 +28,8 @@ uint32_t GroupBit(unsigned int group) {
 // All faces of the file as one mesh.
 class ObjBuilder {
 public:
-    ObjBuilder(const ObjOutline& outline, const tinyobj::attrib_t& attrib) : outline_(outline), attrib_(attrib) {
+    ObjBuilder(const std::string& file, const ObjOutline& outline, const tinyobj::attrib_t& attrib)
+        : file_(file), outline_(outline), attrib_(attrib) {
         mesh_.verts = Points(attrib.vertices);
         hasNormals_ = !attrib.normals.empty();
     }
@@ -57,6 +58,7 @@ private:
             const int at[3] = {a, b, c};
             for (int k = 0; k < 3; ++k) {
                 const tinyobj::index_t& index = corners[at[k]];
+                if (!HasIndex(index)) FailAt(file_, 0, "cannot be read as a mesh");
                 face.v[k] = index.vertex_index;
                 map.t[k] = index.texcoord_index;
                 hasMapping_ |= index.texcoord_index >= 0;
@@ -75,6 +77,14 @@ private:
             normals_.push_back(normals);
             polygons_.push_back(number);
         });
+    }
+
+    // The outline has checked what the file says; this is about how it was read.
+    bool HasIndex(const tinyobj::index_t& index) const {
+        const auto below = [](int i, size_t values, size_t each) { return i < 0 || size_t(i) < values / each; };
+        return index.vertex_index >= 0 && below(index.vertex_index, attrib_.vertices.size(), 3) &&
+               below(index.texcoord_index, attrib_.texcoords.size(), 2) &&
+               below(index.normal_index, attrib_.normals.size(), 3);
     }
 
     // Corners without a mapping vertex share one at the origin, behind the file's own.
@@ -105,6 +115,7 @@ private:
         for (Face& f : mesh_.faces) f.smGroup = 1;
     }
 
+    const std::string& file_;
     const ObjOutline& outline_;
     const tinyobj::attrib_t& attrib_;
     Mesh mesh_;
@@ -153,7 +164,10 @@ std::vector<ImportedMesh> ImportObj(const std::string& file, const std::string& 
     if (!read || shapes.size() != 1 || shapes[0].mesh.num_face_vertices.size() != outline.polygons.size())
         FailAt(file, 0,
                "cannot be read as a mesh" + (error.empty() ? "" : " (" + error.substr(0, error.find('\n')) + ")"));
-    ObjBuilder builder(outline, attrib);
+    for (size_t i = 0; i < outline.polygons.size(); ++i)
+        if (shapes[0].mesh.num_face_vertices[i] != outline.polygons[i].corners)
+            FailAt(file, 0, "cannot be read as a mesh");
+    ObjBuilder builder(file, outline, attrib);
     Mesh mesh = builder.Build(shapes[0].mesh.indices, shapes[0].mesh.smoothing_group_ids);
     AddFaceSets(mesh, outline, builder.Polygons());
     return SplitByObject(file, outline, std::move(mesh), builder.Polygons());

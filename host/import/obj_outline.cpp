@@ -75,6 +75,7 @@ private:
             ++lists_[2].count;
         } else if (key == "f") {
             ScanFace(rest);
+            geometry = false;
         } else if (key == "s") {
             out_.hasSmoothing = true;
         } else {
@@ -120,12 +121,16 @@ private:
 
     void ScanFace(std::string_view rest) {
         now_.corners = 0;
+        out_.geometry.push_back('f');
         while (true) {
             const std::string_view word = TakeWord(rest);
             if (word.empty() || word[0] == '#') break;
             ScanCorner(word);
             ++now_.corners;
+            // "v/" means "v"; the reader of the numbers would look beyond the slash for more.
+            out_.geometry.append(" ").append(word.substr(0, word.find_last_not_of('/') + 1));
         }
+        out_.geometry.push_back('\n');
         if (now_.corners < 3 || now_.corners > kMostObjCorners)
             Fail("face with " + std::to_string(now_.corners) + " corners, expected 3 to " +
                  std::to_string(kMostObjCorners));

@@ -27,12 +27,14 @@ constexpr SceneKey kFile[] = {
 
 constexpr SceneKey kScene[] = {
     {"import", kImports, "[]", "",
-     "mesh files (.obj, .ply, .3ds); nodes keep the files' names, and a file with one mesh answers to its file name "
-     "too",
+     "mesh files (.obj, .ply, .3ds) and files with scenes (.gltf, .glb, .fbx: nodes, keys, skins, morph targets, "
+     "cameras, lights, materials); nodes keep the files' names, and a file with one mesh answers to its file name too",
      0, 0, "import"},
     {"search", kNames, "[]", "",
      "folders where files are looked for that do not stand beside the scene; after them come those of the environment "
      "variable VELMAR_PATH (separated by colons)"},
+    {"unit", kNumber, "1.0", "m",
+     "length of a scene unit; files that state their own unit (.gltf, .glb, .fbx) are brought into it", 1e-9, 1e9},
     {"fps", kInteger, "30", "frames/s", "frame rate", 1, 4800},
     {"range", kPair, "[0, 100]", "frames", "first and last frame"},
     {"background", kColor, "[0, 0, 0]", "", "background colour"},
@@ -42,15 +44,20 @@ constexpr SceneKey kScene[] = {
 
 constexpr SceneKey kImport[] = {
     {"file", kText, "", "", "the mesh file"},
-    {"scale", kNumber, "1.0", "", "scene units in a unit of the file", 1e-12, 1e12},
-    {"up", kChoice, "\"z\"", "", "the file's axis that points up; scenes are Z up", 0, 0, "y|z"},
+    {"scale", kNumber, "", "",
+     "scene units in a unit of the file; left out: by the file's unit and the scene's, 1 where the file states none",
+     1e-12, 1e12},
+    {"up", kChoice, "", "",
+     "the file's axis that points up; scenes are Z up. Left out: as the file states, Z where it does not", 0, 0, "y|z"},
     {"name", kText, "\"\"", "", "name of the node, for files with one mesh"},
+    {"animation", kText, "\"\"", "",
+     "name of the animation to take; left out: all of them, and where several move the same thing, the first one"},
 };
 
 constexpr SceneKey kRender[] = {
     {"width", kInteger, "640", "pixels", "picture width"},
     {"height", kInteger, "480", "pixels", "picture height"},
-    {"camera", kText, "\"\"", "", "name of the camera; may be left out when there is only one"},
+    {"camera", kText, "\"\"", "", "name of the camera; may be left out when there is only one, or only one [[camera]]"},
     {"aspect", kNumber, "1.0", "", "a pixel's width by its height"},
     {"threads", kInteger, "0", "", "render threads, 0 for as many as there are processors"},
     {"samples", kInteger, "3", "", "pixels at edges take this number squared of camera samples"},

@@ -19,6 +19,7 @@ public:
     Core& core;
     LoadedScene& scene;
     const TomlValue& root;
+    float unit = 1;                        ///< metres in a scene unit
     std::vector<std::string> search;       ///< folders, absolute or relative to the scene's
     std::map<std::string, INode*> aliases; ///< further names of nodes
     std::map<std::string, Mtl*> materials;

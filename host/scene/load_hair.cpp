@@ -234,7 +234,7 @@ void LoadHairRenderer(LoadContext& context) {
         FailAt(context.scene.file, 0, "an object is named 'render', expected other names");
     if (!settings) return;
     for (const auto& [name, value] : settings->entries)
-        context.At(value.line, [&] {
+        context.At(value.line, [&, &name = name, &value = value] {
             SetParam(FindParam(renderer, "render", name), value, 0, context.core.GetTicksPerFrame(), context);
         });
 }

@@ -4,6 +4,7 @@
 #include "core/edit_tri_object.h"
 #include "core/euler.h"
 #include "scene/block_setter.h"
+#include "scene/build_import.h"
 #include "scene/key_check.h"
 #include "scene/load_context.h"
 #include "scene/load_modifiers.h"
@@ -19,22 +20,61 @@ Node* NewMeshNode(LoadContext& context, const std::string& name, Mesh mesh) {
     return context.core.CreateNode(name, object);
 }
 
-void ImportFile(LoadContext& context, const SectionReader& reader) {
+void CheckOneMesh(const SectionReader& reader, size_t meshes) {
+    if (!reader.Text("name").empty() && meshes != 1)
+        reader.FailAtKey("name",
+                         "the file has " + std::to_string(meshes) + " meshes, expected one where 'name' is set");
+}
+
+void ImportPlainMeshes(LoadContext& context, const SectionReader& reader, const std::string& path) {
     ImportOptions options;
-    options.scale = reader.Number("scale");
-    options.up = reader.Choice("up") == 0 ? UpAxis::kY : UpAxis::kZ;
-    const std::string named = reader.Required("file"), path = context.FindFile(named, reader.LineOf("file"));
+    if (reader.Has("scale")) options.scale = reader.Number("scale");
+    if (reader.Has("up")) options.up = reader.Choice("up") == 0 ? UpAxis::kY : UpAxis::kZ;
+    if (reader.Has("animation"))
+        reader.FailAtKey("animation", "files of this kind have no animations, expected a .gltf, .glb or .fbx file");
     std::vector<ImportedMesh> meshes = ImportMeshes(path, options);
     const std::string name = reader.Text("name");
-    if (!name.empty() && meshes.size() > 1)
-        reader.FailAtKey("name",
-                         "the file has " + std::to_string(meshes.size()) + " meshes, expected one where 'name' is set");
+    CheckOneMesh(reader, meshes.size());
     for (ImportedMesh& m : meshes) {
         LoadedMesh loaded{path, options, nullptr, CountDegenerateFaces(m.mesh)};
         loaded.node = NewMeshNode(context, name.empty() ? m.name : name, std::move(m.mesh));
         context.scene.meshes.push_back(loaded);
     }
-    if (meshes.size() == 1) {
+}
+
+const char* AxisText(UpAxis axis) {
+    return axis == UpAxis::kY ? "y" : "z";
+}
+
+void ImportWholeScene(LoadContext& context, const SectionReader& reader, const std::string& path) {
+    ImportedScene scene = ImportSceneFile(path, reader.Text("animation"));
+    ImportOptions options;
+    options.scale = reader.Has("scale") ? reader.Number("scale") : float(scene.meters / double(context.unit));
+    options.up = !reader.Has("up") ? scene.up : reader.Choice("up") == 0 ? UpAxis::kY : UpAxis::kZ;
+    PlaceScene(path, scene, options);
+    const size_t before = context.scene.meshes.size();
+    const std::vector<Node*> nodes = BuildImport(context, path, options, scene);
+    const size_t meshes = context.scene.meshes.size() - before;
+    CheckOneMesh(reader, meshes);
+    if (reader.Has("name")) context.scene.meshes.back().node->SetName(reader.Text("name").c_str());
+    LoadedFile file{path, {}};
+    file.notes.push_back("unit " + NumberText(scene.meters) + " m, " + AxisText(scene.up) +
+                         " up; brought in with scale " + NumberText(double(options.scale)) + ", " +
+                         AxisText(options.up) + " up; " + std::to_string(nodes.size()) + " nodes, " +
+                         std::to_string(meshes) + " with meshes");
+    file.notes.insert(file.notes.end(), scene.notes.begin(), scene.notes.end());
+    context.scene.files.push_back(std::move(file));
+}
+
+void ImportFile(LoadContext& context, const SectionReader& reader) {
+    const std::string named = reader.Required("file"), path = context.FindFile(named, reader.LineOf("file"));
+    const size_t before = context.scene.meshes.size();
+    if (IsSceneFile(path)) {
+        ImportWholeScene(context, reader, path);
+    } else {
+        ImportPlainMeshes(context, reader, path);
+    }
+    if (context.scene.meshes.size() == before + 1) {
         const size_t start = path.find_last_of('/') + 1;
         context.aliases.emplace(path.substr(start, path.rfind('.') - start), context.scene.meshes.back().node);
     }

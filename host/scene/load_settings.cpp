@@ -18,7 +18,8 @@ const TomlValue& TableOf(const LoadContext& context, const char* key) {
 }
 
 void SetRange(LoadContext& context, const SectionReader& reader) {
-    const auto [first, last] = reader.Pair("range");
+    const std::array<float, 2> range = reader.Pair("range");
+    const float first = range[0], last = range[1];
     if (last < first) reader.FailAtKey("range", "'range' ends before it begins, expected [first, last]");
     context.At(reader.LineOf("range"),
                [&] { context.core.SetAnimRange(Interval(context.Ticks(double(first)), context.Ticks(double(last)))); });
@@ -65,6 +66,7 @@ void SetRenderer(LoadContext& context, const SectionReader& reader) {
 void LoadSettings(LoadContext& context) {
     const SectionReader scene(context.scene.file, *FindSceneSection("scene"), TableOf(context, "scene"));
     context.search = scene.Names("search");
+    context.unit = scene.Number("unit");
     context.core.SetFrameRate(scene.Integer("fps"));
     SetRange(context, scene);
     context.core.SetBackGround(scene.ColorOf("background"));

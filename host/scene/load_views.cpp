@@ -144,7 +144,15 @@ void LoadLight(LoadContext& context, const SectionReader& reader) {
 } // namespace
 
 void LoadCameras(LoadContext& context) {
-    context.ForEach("camera", "camera", [&](const SectionReader& reader) { LoadCamera(context, reader); });
+    int count = 0;
+    std::string name;
+    context.ForEach("camera", "camera", [&](const SectionReader& reader) {
+        LoadCamera(context, reader);
+        name = reader.Text("name");
+        ++count;
+    });
+    // The scene's own camera comes before those of imported files.
+    if (count == 1 && context.scene.render.camera.empty()) context.scene.render.camera = name;
 }
 
 void LoadLights(LoadContext& context) {

@@ -25,6 +25,12 @@ struct LoadedMesh {
     int degenerateFaces = 0;
 };
 
+/// A file with a whole scene that a scene imported, and what is to be said of it.
+struct LoadedFile {
+    std::string path;
+    std::vector<std::string> notes;
+};
+
 /// A fur or hair object of a scene.
 struct LoadedHair {
     std::string name;
@@ -38,6 +44,7 @@ struct LoadedScene {
     FrameSettings render;
     int firstFrame = 0, lastFrame = 100;
     std::vector<LoadedMesh> meshes;
+    std::vector<LoadedFile> files;
     std::vector<LoadedHair> hair;
     /// Objects with parameters by the names that `keys` and command lines use.
     std::map<std::string, ReferenceTarget*> objects;

@@ -61,6 +61,13 @@ std::string CleanMessage(std::string_view message) {
 
 } // namespace
 
+TomlValue::TomlValue() = default;
+TomlValue::~TomlValue() = default;
+TomlValue::TomlValue(const TomlValue&) = default;
+TomlValue::TomlValue(TomlValue&&) noexcept = default;
+TomlValue& TomlValue::operator=(const TomlValue&) = default;
+TomlValue& TomlValue::operator=(TomlValue&&) noexcept = default;
+
 const TomlValue* TomlValue::Find(std::string_view key) const {
     for (const auto& [name, value] : entries)
         if (name == key) return &value;

@@ -21,6 +21,14 @@ struct TomlValue {
     std::vector<TomlValue> items;                           ///< of an array
     std::vector<std::pair<std::string, TomlValue>> entries; ///< of a table, in the order of the text
 
+    // Defined where the type is whole: it holds lists of itself.
+    TomlValue();
+    ~TomlValue();
+    TomlValue(const TomlValue&);
+    TomlValue(TomlValue&&) noexcept;
+    TomlValue& operator=(const TomlValue&);
+    TomlValue& operator=(TomlValue&&) noexcept;
+
     bool IsNumber() const { return kind == kInteger || kind == kFloat; }
     /// The entry of a table, or null.
     const TomlValue* Find(std::string_view key) const;

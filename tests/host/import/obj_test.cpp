@@ -19,6 +19,13 @@ std::string Problem(const std::string& content) {
 
 constexpr const char* kSquare = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
 
+TEST(Obj, ASlashAtTheEndOfACornerNamesNothing) {
+    const Mesh mesh = ImportObj("m.obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nf 1/1 2/1 3/   4\n").at(0).mesh;
+    EXPECT_EQ(mesh.getNumFaces(), 2);
+    EXPECT_EQ(Corners(mesh, 1), (std::vector<int>{0, 2, 3}));
+    EXPECT_EQ(MapCorners(mesh, 1, 0), (std::vector<int>{0, 0, 1}));
+}
+
 } // namespace
 
 TEST(Obj, KeepsTheOrderOfVerticesAndFaces) {
