@@ -87,6 +87,13 @@ void TerminalProgInd::Saved(const std::string& file) {
     std::fflush(terminal_);
 }
 
+void TerminalProgInd::Log(const std::string& line) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ClearLine();
+    std::fprintf(terminal_, "%s\n", line.c_str());
+    std::fflush(terminal_);
+}
+
 void TerminalProgInd::Show() {
     shownAt_ = clock_();
     const double share = Share(step_, stepTotal_), elapsed = shownAt_ - start_, inFrame = shownAt_ - frameStart_;

@@ -17,6 +17,8 @@ class FrameProgress : public IProgressIndicator {
 public:
     /// The frame's file is there.
     virtual void Saved(const std::string& file) {}
+    /// A line of the log, on standard error. Any thread.
+    virtual void Log(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
 };
 
 /// One line on a terminal that is written again and again: frame, percentage, what is being done, time, time left,
@@ -38,6 +40,8 @@ public:
     void SetObjectProgress(int step) override;
     void Refresh() override;
     void Saved(const std::string& file) override;
+    /// On the terminal, in place of the line.
+    void Log(const std::string& line) override;
 
 private:
     void Show();

@@ -66,6 +66,10 @@ void Picture::AddChannels(uint32_t channels) {
     }
 }
 
+void Picture::KeepChannels(uint32_t channels) {
+    std::erase_if(channels_, [channels](const auto& entry) { return (entry.first & channels) == 0; });
+}
+
 uint32_t Picture::Channels() const {
     uint32_t bits = 0;
     for (const auto& [bit, data] : channels_) bits |= bit;

@@ -35,8 +35,8 @@ public:
     void PutPixel(int x, int y, const AColor& c) override;
 
     /// What of the background shines through a pixel; black when no background was ever put.
-    Color GetBackground(int x, int y) const;
-    void PutBackground(int x, int y, const Color& c);
+    Color GetBackground(int x, int y) const override;
+    void PutBackground(int x, int y, const Color& c) override;
     /// Makes room for the background; needed before several threads put it.
     void AddBackground() { background_.resize(pixels_.size()); }
     bool HasBackground() const { return !background_.empty(); }
@@ -46,6 +46,8 @@ public:
     /// Makes the channels of the bit set `channels` (BMM_CHAN_*) that are not there yet, filled with zero; Z is
     /// filled with kEmptyDepth. Z holds camera-space z: negative in front of the camera.
     void AddChannels(uint32_t channels);
+    /// Drops all channels that are not in the set.
+    void KeepChannels(uint32_t channels);
     /// Channels there, as a bit set.
     uint32_t Channels() const;
     void* GetChannel(uint32_t channel, ChannelType& type) override;

@@ -82,6 +82,7 @@ LoadedScene LoadScene(Core& core, const std::string& file) {
     LoadModifiers(context);
     LoadHairObjects(context);
     LoadHairRenderer(context);
+    LoadEffects(context);
     LoadKeys(context);
     opening.SetAfter(NOTIFY_FILE_POST_OPEN);
     return scene;
