@@ -65,22 +65,14 @@ void MeshInstance::AddTo(RayScene& scene) const {
     scene.AddMesh(nodeID, points_, corners, rays, clear);
 }
 
-Point3 MeshInstance::PointAt(int f, float u, float v) const {
-    const Face& face = own_.faces[size_t(f)];
-    return Weighted(points_[size_t(face.v[0])], points_[size_t(face.v[1])], points_[size_t(face.v[2])], u, v);
-}
-
-Point3 MeshInstance::FaceNormalAt(int f) const {
+MeshInstance::Place MeshInstance::PlaceAt(int f, float u, float v) const {
     const Face& face = own_.faces[size_t(f)];
     const Point3 &a = points_[size_t(face.v[0])], &b = points_[size_t(face.v[1])], &c = points_[size_t(face.v[2])];
-    const Point3 n = Normalize(CrossProd(b - a, c - a));
-    return facesTurned ? -n : n;
-}
-
-Point3 MeshInstance::NormalAt(int f, float u, float v) const {
     const Point3* const n = &normals_[size_t(f) * 3];
-    const Point3 smooth = Normalize(Weighted(n[0], n[1], n[2], u, v));
-    return smooth == Point3() ? FaceNormalAt(f) : smooth;
+    Place at{Weighted(a, b, c, u, v), Normalize(CrossProd(b - a, c - a)), Normalize(Weighted(n[0], n[1], n[2], u, v))};
+    if (facesTurned) at.faceNormal = -at.faceNormal;
+    if (at.normal == Point3()) at.normal = at.faceNormal;
+    return at;
 }
 
 const MeshMap* MeshInstance::MappingOf(int channel, int f, const TVFace*& face) const {
