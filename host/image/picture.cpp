@@ -36,14 +36,6 @@ void Picture::Reset(int width, int height, float aspect) {
     framesPerSecond = 0;
 }
 
-AColor Picture::GetPixel(int x, int y) const {
-    return Inside(x, y) ? pixels_[Index(x, y)] : AColor(0, 0, 0, 0);
-}
-
-void Picture::PutPixel(int x, int y, const AColor& c) {
-    if (Inside(x, y)) pixels_[Index(x, y)] = c;
-}
-
 Color Picture::GetBackground(int x, int y) const {
     return Inside(x, y) && HasBackground() ? background_[Index(x, y)] : Color();
 }

@@ -84,6 +84,7 @@ SurfaceSample CameraSampler::Surfaces(float x, float y) {
     sample.more = count > 0 && !IsOpaque(layers_[0].transparency);
     if (count == 0 || !IsOpaque(layers_[size_t(count) - 1].transparency)) sample.flat = Behind(view);
     for (size_t i = size_t(count); i-- > 0;) sample.flat = layers_[i].color + layers_[i].transparency * sample.flat;
+    for (int i = 0; i < 3; ++i) sample.flat[i] = std::clamp(sample.flat[i], 0.0f, 1.0f);
     return sample;
 }
 
@@ -94,7 +95,9 @@ PixelSample CameraSampler::Shade(float x, float y) {
 
 PixelSample CameraSampler::Shade(float x, float y, const SurfaceSample& known) {
     if (known.more) return Shade(x, y);
-    return Compose(ViewThrough(x, y), &known.first, known.first.instance >= 0 ? 1 : 0);
+    // Only the air and an environment ask where the sample looks.
+    const View view = effects_ > 0 || render_.envMap ? ViewThrough(x, y) : View();
+    return Compose(view, &known.first, known.first.instance >= 0 ? 1 : 0);
 }
 
 Point3 CameraSampler::FarPoint(const View& view) const {

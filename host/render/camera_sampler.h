@@ -18,7 +18,8 @@ struct SurfaceLayer {
     int materialId = 0;
 };
 
-/// A camera sample's surfaces without the air: the nearest one, and the colour of all of them over the background.
+/// A camera sample's surfaces without the air: the nearest one, and the colour of all of them over the background, cut
+/// to 0..1.
 struct SurfaceSample {
     SurfaceLayer first;
     bool more = false; ///< something shows through the first surface: another surface, or the background

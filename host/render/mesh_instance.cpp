@@ -51,10 +51,16 @@ MeshInstance::MeshInstance(INode* n, const Mesh& m, TimeValue t, const Matrix3& 
 }
 
 void MeshInstance::MakeNormals() {
-    normals_.resize(size_t(own_.getNumFaces()) * 3);
-    for (int f = 0; f < own_.getNumFaces(); ++f)
-        for (int c = 0; c < 3; ++c)
-            normals_[size_t(f) * 3 + size_t(c)] = Normalize(NormalThrough(own_.CornerNormal(f, c), camToObj_));
+    normals_ = own_.CornerNormals();
+    for (Point3& n : normals_) n = Normalize(NormalThrough(n, camToObj_));
+    faceNormals_.resize(own_.faces.size());
+    for (int f = 0; f < own_.getNumFaces(); ++f) {
+        if (!own_.HasVertices(f)) continue; // is never hit
+        const int* const v = own_.faces[size_t(f)].v;
+        const Point3 &a = points_[size_t(v[0])], &b = points_[size_t(v[1])], &c = points_[size_t(v[2])];
+        const Point3 n = Normalize(CrossProd(b - a, c - a));
+        faceNormals_[size_t(f)] = facesTurned ? -n : n;
+    }
 }
 
 void MeshInstance::AddTo(RayScene& scene) const {
@@ -69,8 +75,7 @@ MeshInstance::Place MeshInstance::PlaceAt(int f, float u, float v) const {
     const Face& face = own_.faces[size_t(f)];
     const Point3 &a = points_[size_t(face.v[0])], &b = points_[size_t(face.v[1])], &c = points_[size_t(face.v[2])];
     const Point3* const n = &normals_[size_t(f) * 3];
-    Place at{Weighted(a, b, c, u, v), Normalize(CrossProd(b - a, c - a)), Normalize(Weighted(n[0], n[1], n[2], u, v))};
-    if (facesTurned) at.faceNormal = -at.faceNormal;
+    Place at{Weighted(a, b, c, u, v), faceNormals_[size_t(f)], Normalize(Weighted(n[0], n[1], n[2], u, v))};
     if (at.normal == Point3()) at.normal = at.faceNormal;
     return at;
 }

@@ -54,8 +54,8 @@ private:
     Mesh own_;
     Box3 box_;
     Matrix3 camToObj_, worldToObj_;
-    std::vector<Point3> points_;  ///< vertices in camera space
-    std::vector<Point3> normals_; ///< three a face, camera space
+    std::vector<Point3> points_;                ///< vertices in camera space
+    std::vector<Point3> faceNormals_, normals_; ///< one and three a face, camera space
 };
 
 /// True when a material may let light through somewhere.
