@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Base/ProgressInd.h"
 #include "core/host_classes.h"
 #include "render/effects/color_effects.h"
 #include "render/effects/negative_filter.h"
@@ -21,6 +22,7 @@ struct Air : Atmospheric {
     void Shade(ShadeContext&, const Point3&, const Point3&, Color&, Color&, bool) override {}
 };
 
+/// Reports as plug-ins do.
 struct Probe : Effect {
     explicit Probe(const char* name) { SetName(name); }
     ~Probe() override { DeleteAllRefs(); }
@@ -35,10 +37,13 @@ struct Probe : Effect {
         context = gc->NumRenderInstances() == 1 && gc->devWidth == bitmap->Width();
         fields = gc->fieldRender;
         if (!work) return;
-        progress->SetTitle("at work");
-        for (int i = 0; i <= 4 && progress->Progress(i, 4); ++i)
+        EffectProgInd indicator(progress);
+        indicator.SetObject("at work", 4);
+        for (int i = 0; i <= 4 && !indicator.IsCancelled(); ++i) {
+            indicator.SetObjectProgress(i);
             if (i == stopAt) static_cast<Core*>(GetCOREInterface())->RequestRenderAbort();
-        cancelled = progress->Cancelled();
+        }
+        cancelled = indicator.IsCancelled();
     }
     bool found = false, info = false, context = false, fields = false, work = false, cancelled = false;
     int stopAt = -1;
@@ -47,16 +52,18 @@ struct Probe : Effect {
 
 struct ProbeFilter : ImageFilter {
     static constexpr Class_ID kId{0x11, 0x22};
-    static inline int stopped = 0;
+    static inline bool stopped = false;
     static inline bool good = true;
     uint32_t ChannelsRequired() override { return BMM_CHAN_UV; }
     void BeforeRender(TimeValue t) override { log += "before" + std::to_string(t) + " "; }
     bool Render(Bitmap* bitmap, IFilterWindow* window) override {
         ChannelType type;
         log += bitmap->GetChannel(BMM_CHAN_UV, type) ? "filter " : "no channel ";
-        window->SendMessage(FLT_TEXT, 0, reinterpret_cast<intptr_t>("filtering"));
-        window->SendMessage(FLT_PROGRESS, 300, 1000);
-        window->SendMessage(FLT_CHECKABORT, 0, reinterpret_cast<intptr_t>(&stopped));
+        FilterProgInd indicator(*window);
+        indicator.SetTask("hair", 1);
+        indicator.SetObject("channels", 10000);
+        indicator.SetObjectProgress(300);
+        stopped = indicator.IsCancelled();
         return good;
     }
 };
@@ -175,8 +182,8 @@ TEST_F(PictureFinishTest, ProgressIsPassedOn) {
     Add("probe")->work = true;
     core.Filters().Add(ProbeFilter::kId);
     ASSERT_EQ(Watched(), FrameResult::kDone);
-    EXPECT_EQ(watcher.text, "at work/4: 0 1 2 3 4 filtering/1000: 300 ");
-    EXPECT_EQ(ProbeFilter::stopped, 0);
+    EXPECT_EQ(watcher.text, "at work/4: 0 1 2 3 4 hair: channels/1000: 0 300 ");
+    EXPECT_FALSE(ProbeFilter::stopped);
     EXPECT_GE(stats.effectSeconds, 0);
     EXPECT_LE(stats.effectSeconds, stats.wallSeconds);
 }
@@ -188,7 +195,7 @@ TEST_F(PictureFinishTest, TheUserStopsAnEffect) {
     Add("later");
     core.Filters().Add(ProbeFilter::kId);
     EXPECT_EQ(Watched(), FrameResult::kAborted);
-    EXPECT_EQ(watcher.text, "at work/4: 0 1 2 3 ") << "the call after the wish is answered with stop";
+    EXPECT_EQ(watcher.text, "at work/4: 0 1 2 ");
     EXPECT_TRUE(probe->cancelled);
     EXPECT_EQ(log, "update0 update0 before0 begin probe0 end ");
     EXPECT_EQ(core.GetRendParams().gbufChannels, 0u);
