@@ -77,20 +77,21 @@ bool BandRenderer::RenderBand(Worker& worker, int band) {
     return true;
 }
 
-// Looks through the centres of columns and lines of the region and `margin` more, and marks edges.
-bool BandRenderer::Look(Worker& worker, int first, int end, int margin) {
-    return worker.centres.Fill(worker.sampler, settings_, region_.x0 - margin, region_.x1 + margin, first - margin,
-                               end + margin, [this] { return Aborted(); });
+// Looks through the centres down to line `last`; false when the render was aborted.
+bool BandRenderer::Look(Worker& worker, int last) {
+    return worker.centres.LookDownTo(last, worker.sampler, [this] { return Aborted(); });
 }
 
 bool BandRenderer::RenderPlain(Worker& worker, int first, int end) {
-    if (!Look(worker, first, end, settings_.samples > 1 ? 1 : 0)) return false;
+    const int m = settings_.samples > 1 ? 1 : 0; // edges need the pixels around
+    worker.centres.Begin(settings_, region_.x0 - m, region_.x1 + m, first - m, end + m, 1 + 2 * m);
     CameraSampler& sampler = worker.sampler;
     const PixelCentres& centres = worker.centres;
     uint64_t samples = 0;
     for (int y = first; y < end; ++y) {
-        if (Aborted()) return false;
+        if (!Look(worker, y + m)) return false;
         if (!InField(y)) continue;
+        if (Aborted()) return false;
         for (int x = region_.x0; x < region_.x1; ++x) {
             const bool edge = settings_.samples > 1 && centres.Edge(x, y);
             const SurfaceSample& centre = centres.At(x, y);
@@ -136,7 +137,9 @@ void BandRenderer::SampleBlock(Worker& worker, int x, int y, PixelSample* block)
 
 bool BandRenderer::RenderFiltered(Worker& worker, int first, int end) {
     const int m = filter_.Margin(), w = region_.x1 - region_.x0, n = settings_.samples;
-    if (!Look(worker, first, end, m + 1)) return false;
+    const int looked = end - first + 2 * (m + 1);
+    worker.centres.Begin(settings_, region_.x0 - m - 1, region_.x1 + m + 1, first - m - 1, end + m + 1, looked);
+    if (!Look(worker, end + m)) return false;
     const PixelCentres& centres = worker.centres;
     const int top = std::max(first - m, 0), bottom = std::min(end + m, settings_.height);
     std::vector<PixelSample>& rows = worker.rows;

@@ -38,7 +38,7 @@ private:
     struct Worker;
     void Work();
     bool RenderBand(Worker& worker, int band);
-    bool Look(Worker& worker, int first, int end, int margin);
+    bool Look(Worker& worker, int last);
     bool RenderPlain(Worker& worker, int first, int end);
     bool RenderFiltered(Worker& worker, int first, int end);
     void FilterRows(Worker& worker, int y, bool own, PixelSample* rows);

@@ -21,21 +21,19 @@ bool Differ(const SurfaceSample& a, const SurfaceSample& b) {
 
 } // namespace
 
-// Every pair of neighbours once: a pixel with the one before it and the three above.
+// Every pair of neighbours once: the new line's pixels with the one before and the three above.
 void PixelCentres::MarkEdges() {
-    const size_t width = size_t(x1_ - x0_);
-    edges_.assign(all_.size(), 0);
+    const size_t width = size_t(x1_ - x0_), line = Index(x0_, next_);
+    std::fill_n(edges_.begin() + std::ptrdiff_t(line), width, 0);
     const auto compare = [&](size_t a, size_t b) {
         if ((!edges_[a] || !edges_[b]) && Differ(all_[a], all_[b])) edges_[a] = edges_[b] = 1;
     };
-    for (size_t i = 0; i < all_.size(); ++i) {
-        const size_t x = i % width;
-        if (x > 0) compare(i, i - 1);
-        if (i < width) continue;
-        if (x > 0) compare(i, i - width - 1);
-        compare(i, i - width);
-        if (x + 1 < width) compare(i, i - width + 1);
-    }
+    for (size_t x = 1; x < width; ++x) compare(line + x, line + x - 1);
+    if (next_ == y0_) return;
+    const size_t above = Index(x0_, next_ - 1);
+    for (size_t x = 0; x < width; ++x)
+        for (size_t other = x > 0 ? x - 1 : 0; other <= std::min(x + 1, width - 1); ++other)
+            compare(line + x, above + other);
 }
 
 } // namespace host
