@@ -128,11 +128,16 @@ PixelSample BandRenderer::Supersample(Worker& worker, int x, int y) {
     return sum;
 }
 
-// The samples of one pixel, line by line; a pixel that is no edge has the same one everywhere.
-void BandRenderer::SampleBlock(Worker& worker, int x, int y, PixelSample* block) {
+// The n lines of a pixel's samples, `step` apart; a pixel that is no edge has the same one everywhere. Returns how many
+// were taken.
+uint64_t BandRenderer::SampleBlock(Worker& worker, int x, int y, PixelSample* block, size_t step) {
     const int n = settings_.samples;
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < n; ++i) *block++ = GridSample(worker, x, y, i, j);
+    const bool edge = n > 1 && worker.centres.Edge(x, y);
+    PixelSample centre;
+    if (!edge) centre = worker.sampler.Shade(float(x) + 0.5f, float(y) + 0.5f, worker.centres.At(x, y));
+    for (int j = 0; j < n; ++j, block += step)
+        for (int i = 0; i < n; ++i) block[i] = edge ? GridSample(worker, x, y, i, j) : centre;
+    return edge ? uint64_t(n) * uint64_t(n) : 1u;
 }
 
 bool BandRenderer::RenderFiltered(Worker& worker, int first, int end) {
@@ -170,31 +175,22 @@ bool BandRenderer::RenderFiltered(Worker& worker, int first, int end) {
 void BandRenderer::FilterRows(Worker& worker, int y, bool own, PixelSample* rows) {
     const int m = filter_.Margin(), n = settings_.samples;
     const int left = std::max(region_.x0 - m, 0), right = std::min(region_.x1 + m, settings_.width);
-    const size_t block = size_t(n) * size_t(n);
-    CameraSampler& sampler = worker.sampler;
-    const PixelCentres& centres = worker.centres;
-    std::vector<PixelSample>& line = worker.line;
-    line.resize(size_t(right - left) * block);
+    const size_t step = size_t(right - left) * size_t(n); // from one line of samples to the next
+    worker.line.resize(step * size_t(n));
     uint64_t samples = 0;
-    for (int x = left; x < right; ++x) {
-        PixelSample* const at = &line[size_t(x - left) * block];
-        const bool edge = n > 1 && centres.Edge(x, y);
-        if (edge)
-            SampleBlock(worker, x, y, at);
-        else
-            std::fill_n(at, block, sampler.Shade(float(x) + 0.5f, float(y) + 0.5f, centres.At(x, y)));
-        samples += edge ? block : 1u;
-    }
+    for (int x = left; x < right; ++x)
+        samples += SampleBlock(worker, x, y, &worker.line[size_t(x - left) * size_t(n)], step);
     if (own) samples_ += samples;
-    for (int j = 0; j < n; ++j)
+    for (int j = 0; j < n; ++j) {
+        const PixelSample* const line = &worker.line[size_t(j) * step];
         for (size_t c = 0; c < columns_.size(); ++c, ++rows) {
-            for (size_t i = 0; i < columns_[c].weights.size(); ++i) {
-                const int k = columns_[c].first + int(i) - left * n;
-                Add(*rows, line[size_t(k / n) * block + size_t(j * n + k % n)], columns_[c].weights[i]);
-            }
-            const PixelSample* const mine = &line[(size_t(region_.x0 - left) + c) * block + size_t(j * n)];
+            const PixelSample* const from = line + (columns_[c].first - left * n);
+            const std::vector<float>& weights = columns_[c].weights;
+            for (size_t i = 0; i < weights.size(); ++i) Add(*rows, from[i], weights[i]);
+            const PixelSample* const mine = line + (size_t(region_.x0 - left) + c) * size_t(n);
             for (int i = 0; i < n; ++i) rows->z = std::max(rows->z, mine[i].z);
         }
+    }
 }
 
 void BandRenderer::Put(int x, int y, const PixelSample& s, const SurfaceSample& centre) {

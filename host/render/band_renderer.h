@@ -45,7 +45,7 @@ private:
     bool InField(int y) const { return parity_ < 0 || (y & 1) == parity_; }
     PixelSample GridSample(Worker& worker, int x, int y, int i, int j);
     PixelSample Supersample(Worker& worker, int x, int y);
-    void SampleBlock(Worker& worker, int x, int y, PixelSample* block);
+    uint64_t SampleBlock(Worker& worker, int x, int y, PixelSample* block, size_t step);
     void Put(int x, int y, const PixelSample& s, const SurfaceSample& centre);
     bool Aborted();
     void BandDone(int lines);
