@@ -8,40 +8,14 @@
 #include <fstream>
 #include <string>
 
+#include "host/error_of.h"
 #include "import/mesh_import.h"
+#include "temp_folder.h"
 
 namespace import_test {
 
-/// A folder of its own for a test, deleted with it.
-class TempFolder {
-public:
-    TempFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velmar_import_XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TempFolder() { std::filesystem::remove_all(path_); }
-    /// Writes a file and returns its path.
-    std::string Write(const std::string& name, const std::string& content) const {
-        const std::string path = path_ + "/" + name;
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
-    const std::string& Path() const { return path_; }
-
-private:
-    std::string path_;
-};
-
-/// The message of the error that `f` throws; empty when it throws none.
-template <class F>
-std::string ErrorOf(F&& f) {
-    try {
-        f();
-    } catch (const host::Error& e) {
-        return e.what();
-    }
-    return {};
-}
+using test::ErrorOf;
+using test::TempFolder;
 
 inline std::vector<int> Corners(const Mesh& mesh, int f) {
     const Face& face = mesh.faces[size_t(f)];

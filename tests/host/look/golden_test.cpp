@@ -10,6 +10,7 @@
 #include "picture_compare.h"
 #include "render/frame.h"
 #include "scene/loader.h"
+#include "temp_folder.h"
 
 namespace host {
 namespace {
@@ -26,11 +27,6 @@ std::vector<std::string> Names(const char* folder, const char* extension) {
 
 class HostLook : public testing::TestWithParam<std::string> {
 protected:
-    HostLook() {
-        std::string pattern = (fs::temp_directory_path() / "velmar_look_XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-    }
-    ~HostLook() override { fs::remove_all(folder_); }
     /// Renders an example after `--set`-like assignments and compares it with a golden picture.
     golden::Comparison Look(const std::string& name, const std::string& golden,
                             const std::vector<std::string>& sets = {}) const {
@@ -43,11 +39,11 @@ protected:
         FrameStats stats;
         scene.render.threads = 2;
         EXPECT_EQ(RenderFrame(core, scene.render, nullptr, picture, stats), FrameResult::kDone);
-        const std::string file = folder_ + "/picture.png";
+        const std::string file = folder_.Path() + "/picture.png";
         WritePicture(picture, file);
         return golden::Compare(file, VELMAR_TEST_DATA "/golden/host/" + golden + ".png");
     }
-    std::string folder_;
+    const test::TempFolder folder_;
 };
 
 TEST_P(HostLook, IsAsItWas) {
