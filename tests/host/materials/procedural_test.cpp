@@ -14,10 +14,6 @@
 namespace host {
 namespace {
 
-void ExpectColor(const Color& a, const Color& b, float tolerance = 1e-6f) {
-    for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], tolerance) << i;
-}
-
 using test::Statistics;
 
 Statistics NoiseStatistics(int type) {
