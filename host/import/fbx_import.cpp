@@ -17,6 +17,10 @@ namespace host {
 
 namespace {
 
+MapWrap WrapOf(aiTextureMapMode mode) {
+    return mode == aiTextureMapMode_Clamp ? kWrapClamp : mode == aiTextureMapMode_Mirror ? kWrapMirror : kWrapRepeat;
+}
+
 class MaterialReader {
 public:
     MaterialReader(FbxFile& fbx, const aiMaterial& from, std::map<std::string, int>& imageOf)
@@ -66,7 +70,8 @@ private:
         map.target = target;
         map.image = image;
         map.channel = int(std::min(set, 7u)) + 1;
-        map.repeat = modes[0] != aiTextureMapMode_Clamp;
+        map.wrapU = WrapOf(modes[0]);
+        map.wrapV = WrapOf(modes[1]);
         aiUVTransform uv;
         if (from_.Get(AI_MATKEY_UVTRANSFORM(type, 0), uv) == AI_SUCCESS) {
             const float numbers[4] = {uv.mScaling.x, uv.mScaling.y, uv.mTranslation.x, uv.mTranslation.y};

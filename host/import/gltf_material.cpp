@@ -43,6 +43,12 @@ Color ColorIn(const tinygltf::Value& object, const char* key, Color otherwise) {
     return ColorIn(values, otherwise);
 }
 
+MapWrap WrapOf(int wrap) {
+    return wrap == TINYGLTF_TEXTURE_WRAP_CLAMP_TO_EDGE     ? kWrapClamp
+           : wrap == TINYGLTF_TEXTURE_WRAP_MIRRORED_REPEAT ? kWrapMirror
+                                                           : kWrapRepeat;
+}
+
 float Unit(double v) {
     return std::clamp(GltfFloat(v), 0.0f, 1.0f);
 }
@@ -122,9 +128,8 @@ private:
         map.channel = use.set + 1;
         if (texture.sampler >= 0 && size_t(texture.sampler) < gltf_.model.samplers.size()) {
             const tinygltf::Sampler& sampler = gltf_.model.samplers[size_t(texture.sampler)];
-            map.repeat = sampler.wrapS != TINYGLTF_TEXTURE_WRAP_CLAMP_TO_EDGE;
-            if (sampler.wrapS == TINYGLTF_TEXTURE_WRAP_MIRRORED_REPEAT)
-                gltf_.scene.Note("mirrored textures repeat without mirroring");
+            map.wrapU = WrapOf(sampler.wrapS);
+            map.wrapV = WrapOf(sampler.wrapT);
         }
         if (use.extensions) ApplyTransform(*use.extensions, map);
         out_.maps.push_back(map);

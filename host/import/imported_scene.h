@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "import/mesh_import.h"
+#include "materials/map_wrap.h"
 #include "sdk/color.h"
 #include "sdk/mtl.h"
 #include "sdk/object.h"
@@ -45,7 +46,7 @@ struct ImportedImage {
 struct ImportedMap {
     StdMatChannel target = ID_DI;
     int image = 0, channel = 1;
-    bool repeat = true;
+    MapWrap wrapU = kWrapRepeat, wrapV = kWrapRepeat;
     float tile[2] = {1, 1}, offset[2] = {0, 0};
 };
 

@@ -51,7 +51,8 @@ private:
         auto* const map = static_cast<Texmap*>(context_.core.CreateInstance(TEXMAP_CLASS_ID, BMTEX_CLASS_ID));
         map->SetName(path.substr(path.find_last_of('/') + 1));
         const BlockSetter set(map);
-        set("repeat", from.repeat ? 1 : 0);
+        set("wrapU", int(from.wrapU));
+        set("wrapV", int(from.wrapV));
         set("channel", from.channel);
         set("tileU", from.tile[0]);
         set("tileV", from.tile[1]);

@@ -212,7 +212,8 @@ TEST(Gltf, MaterialsInTheStandardOnesTerms) {
     const ImportedScene scene = Read(g.Text(
         OneMesh("\"POSITION\":0", ",\"material\":1") +
         ",\"images\":[{\"uri\":\"data:image/png;base64,iVBORw0KGgo=\"},{\"uri\":\"none.png\"}],\"textures\":["
-        "{\"source\":0},{\"source\":1}],\"materials\":[{},{\"name\":\"red\",\"pbrMetallicRoughness\":{"
+        "{\"source\":0,\"sampler\":0},{\"source\":1}],\"samplers\":[{\"wrapS\":33648,\"wrapT\":33071}],\"materials\":[{"
+        "},{\"name\":\"red\",\"pbrMetallicRoughness\":{"
         "\"baseColorFactor\":[1,0,0,0.5],\"metallicFactor\":0,\"roughnessFactor\":0.25,\"baseColorTexture\":{\"index\":"
         "0,\"texCoord\":1,\"extensions\":{\"KHR_texture_transform\":{\"scale\":[2,3],\"offset\":[0.5,0.25]}}}},"
         "\"alphaMode\":\"BLEND\",\"emissiveFactor\":[0.5,0,0],\"emissiveTexture\":{\"index\":1}}]"));
@@ -225,6 +226,8 @@ TEST(Gltf, MaterialsInTheStandardOnesTerms) {
     EXPECT_FLOAT_EQ(m.selfIllum, 0.5f);
     ASSERT_EQ(m.maps.size(), 1u);
     EXPECT_EQ(m.maps[0].channel, 2);
+    EXPECT_EQ(m.maps[0].wrapU, kWrapMirror);
+    EXPECT_EQ(m.maps[0].wrapV, kWrapClamp);
     EXPECT_FLOAT_EQ(m.maps[0].tile[1], 3);
     EXPECT_FLOAT_EQ(m.maps[0].offset[0], -0.5f);
     EXPECT_FLOAT_EQ(m.maps[0].offset[1], 2.25f);

@@ -6,6 +6,7 @@
 #include "../import/gltf_builder.h"
 #include "core/camera.h"
 #include "materials/bitmap_map.h"
+#include "materials/map_wrap.h"
 #include "modifiers/morph.h"
 #include "modifiers/skin.h"
 #include "scene_fixture.h"
@@ -97,6 +98,8 @@ TEST_F(ImportSceneTest, MaterialsAndEmbeddedPictures) {
     auto* const map = dynamic_cast<BitmapMap*>(cloth->GetSubTexmap(ID_DI));
     ASSERT_TRUE(map);
     EXPECT_EQ(map->LoadError(), "");
+    EXPECT_EQ(FloatOf(map, "wrapU"), float(kWrapClamp));
+    EXPECT_EQ(FloatOf(map, "wrapV"), float(kWrapRepeat));
     EXPECT_FLOAT_EQ(cloth->GetXParency(0, false), 0.5f);
 }
 
