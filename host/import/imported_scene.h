@@ -71,7 +71,8 @@ struct ImportedLight {
     LightType type = OMNI_LGT;
     Color color{1, 1, 1};
     float multiplier = 1;
-    float candela = 0;              ///< above 0: the multiplier follows from it and the distance of what is lit
+    LightDecay decay = DECAY_NONE;
+    float decayStart = 1;           ///< where it decays: distance of full light
     float hotspot = 0, falloff = 0; ///< full cone angles of a spot light, degrees
 };
 
@@ -138,9 +139,9 @@ struct ImportedScene {
 /// The matrix from a file's space to the scene's.
 Matrix3 ImportMatrix(const ImportOptions& options);
 
-/// Brings lengths and axes into the host's scene, once: nodes, keys, meshes, skins, shapes, cameras. Cameras and lights
-/// then look down their nodes' -Z axes with +Y up. Rotations and scales stay rotations and scales. Throws Error when a
-/// position is then no finite number.
+/// Brings lengths and axes into the host's scene, once: nodes, keys, meshes, skins, shapes, cameras, lights. Cameras
+/// and lights then look down their nodes' -Z axes with +Y up. Rotations and scales stay rotations and scales. Throws
+/// Error when a position is then no finite number.
 void PlaceScene(const std::string& file, ImportedScene& scene, const ImportOptions& options);
 
 /// Throws Error when nothing of a scene can be shown: no node has faces, lines, a camera or a light.
@@ -151,8 +152,6 @@ void CheckAnimationName(const std::string& file, const std::string& name, const 
 
 /// Transform of a node within its parent at rest.
 Matrix3 LocalMatrix(const ImportedNode& node);
-/// Transforms of all nodes in the scene at rest.
-std::vector<Matrix3> WorldMatrices(const ImportedScene& scene);
 
 /// True for files that hold more than meshes (.gltf, .glb, .fbx).
 bool IsSceneFile(const std::string& path);

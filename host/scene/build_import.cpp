@@ -110,6 +110,8 @@ private:
             block->SetValue(kLightHotspot, 0, from.type == SPOT_LGT ? from.hotspot : kEverywhere);
             block->SetValue(kLightFalloff, 0, from.type == SPOT_LGT ? from.falloff : kEverywhere);
         }
+        block->SetValue(kLightDecay, 0, int(from.decay));
+        block->SetValue(kLightDecayStart, 0, from.decayStart);
         context_.scene.objects.emplace(node.name, light);
         return light;
     }

@@ -138,9 +138,12 @@ TEST(Gltf, CamerasLookDownAfterTurningUp) {
     EXPECT_EQ(scene.lights[0].type, SPOT_LGT);
     EXPECT_NEAR(scene.lights[0].hotspot, 0.2 * 180 / M_PI, 1e-4);
     EXPECT_NEAR(scene.lights[0].falloff, 0.4 * 180 / M_PI, 1e-4);
-    // 4 candela, the root of 26 from the origin.
-    EXPECT_NEAR(scene.lights[0].multiplier, 4 / (M_PI * 26), 1e-6);
+    // 4 candela: a metre away 4 / pi of what shows white as white.
+    EXPECT_EQ(scene.lights[0].decay, DECAY_INVERSE_SQUARE);
+    EXPECT_FLOAT_EQ(scene.lights[0].decayStart, 0.01f);
+    EXPECT_NEAR(scene.lights[0].multiplier * 0.01f * 0.01f, 4 / M_PI, 1e-5);
     PlaceScene("m.gltf", scene, {2, UpAxis::kY});
+    EXPECT_FLOAT_EQ(scene.lights[0].decayStart, 0.02f);
     const std::vector<Matrix3> worlds = WorldMatrices(scene);
     const auto near = [](const Point3& a, const Point3& b) { EXPECT_LT(Length(a - b), 1e-5f); };
     near(worlds[0].GetTrans(), {0, -10, 0});

@@ -9,13 +9,22 @@
 #include <string>
 
 #include "host/error_of.h"
-#include "import/mesh_import.h"
+#include "import/imported_scene.h"
 #include "temp_folder.h"
 
 namespace import_test {
 
 using test::ErrorOf;
 using test::TempFolder;
+
+/// Transforms of all nodes in the scene at rest.
+inline std::vector<Matrix3> WorldMatrices(const host::ImportedScene& scene) {
+    std::vector<Matrix3> worlds;
+    for (const host::ImportedNode& node : scene.nodes)
+        worlds.push_back(node.parent < 0 ? host::LocalMatrix(node)
+                                         : host::LocalMatrix(node) * worlds[size_t(node.parent)]);
+    return worlds;
+}
 
 inline std::vector<int> Corners(const Mesh& mesh, int f) {
     const Face& face = mesh.faces[size_t(f)];
