@@ -9,6 +9,7 @@
 #include "materials/checker_map.h"
 #include "materials/gradient_map.h"
 #include "materials/multi_mtl.h"
+#include "materials/multiply_map.h"
 #include "materials/noise_map.h"
 #include "materials/shaders.h"
 #include "materials/std_mtl.h"
@@ -44,7 +45,7 @@ void RegisterRenderClasses(Core& core) {
     Light::SetDescFactory(MakeLightDesc);
     for (ClassDesc* const desc :
          {ScanRendererDesc(), StdMtlDesc(), MultiMtlDesc(), BlinnShaderDesc(), PhongShaderDesc(), BitmapMapDesc(),
-          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc()})
+          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc(), MultiplyMapDesc()})
         core.Classes().Register(desc);
 }
 

@@ -285,6 +285,31 @@ TEST(StdMtl, OneSidedMaterialsAreNotThereFromBehind) {
     EXPECT_EQ(sc.out.t, Color(1, 1, 1));
 }
 
+TEST(StdMtl, BelowTheCutoffThereIsNothing) {
+    StdMtl m;
+    FlatMap alpha({0.4f, 0.4f, 0.4f});
+    Set(m, kStdDiffuse, Color(1, 1, 1));
+    Set(m, kStdSpecularLevel, 1.0f);
+    Set(m, kStdOpacityCutoff, 0.5f);
+    m.SetSubTexmap(ID_OP, &alpha);
+    LitContext sc;
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.c, Color());
+    EXPECT_EQ(sc.out.t, Color(1, 1, 1));
+    EXPECT_EQ(sc.out.flags, SHADEOUT_NOTHING);
+    EXPECT_EQ(m.ShadowTransparency(sc), Color(1, 1, 1));
+    sc.out.flags = 0;
+    Set(m, kStdOpacityCutoff, 0.375f);
+    ExpectColor(Shaded(m, sc), {1.9f, 1.9f, 1.9f});
+    EXPECT_EQ(sc.out.t, Color());
+    EXPECT_EQ(sc.out.flags, 0u);
+    EXPECT_EQ(m.ShadowTransparency(sc), Color());
+    Set(m, kStdOpacity, 0.25f);
+    EXPECT_EQ(m.GetXParency(0, false), 1.0f);
+    Set(m, kStdOpacityCutoff, 0.25f);
+    EXPECT_EQ(m.GetXParency(0, false), 0.0f);
+}
+
 TEST(StdMtl, HighlightOfThePhongShader) {
     StdMtl m;
     PhongShader phong;
