@@ -124,11 +124,11 @@ TEST_F(ImportSceneTest, CamerasLightsAndLines) {
         Object* const object = node->GetObjectRef();
         if (!object) continue;
         cameras += object->SuperClassID() == CAMERA_CLASS_ID;
-        lights += object->SuperClassID() == LIGHT_CLASS_ID;
-        if (object->SuperClassID() == LIGHT_CLASS_ID)
-            EXPECT_EQ(FloatOf(object, "decay"),
-                      float(object->ClassID() == DIR_LIGHT_CLASS_ID ? DECAY_NONE : DECAY_INVERSE_SQUARE));
         shapes += object->SuperClassID() == SHAPE_CLASS_ID;
+        if (object->SuperClassID() != LIGHT_CLASS_ID) continue;
+        ++lights;
+        const bool direct = object->ClassID() == DIR_LIGHT_CLASS_ID;
+        EXPECT_EQ(FloatOf(object, "decay"), float(direct ? DECAY_NONE : DECAY_INVERSE_SQUARE));
     }
     EXPECT_EQ(cameras, 3);
     EXPECT_EQ(lights, 3);
