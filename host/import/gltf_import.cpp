@@ -13,6 +13,7 @@ ImportedScene ImportGltf(const std::string& file, const std::string& content, co
     ReadGltfImages(gltf);
     ReadGltfMaterials(gltf);
     ReadGltfMeshes(gltf);
+    SpreadGltfVertexColors(gltf);
     ReadGltfViews(gltf);
     ReadGltfNodes(gltf);
     ReadGltfSkins(gltf);

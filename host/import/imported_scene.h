@@ -55,7 +55,14 @@ struct ImportedMaterial {
     std::string name;
     Color diffuse{1, 1, 1}, specular{1, 1, 1};
     float glossiness = 0, specularLevel = 0, selfIllum = 0, opacity = 1;
+    float opacityCutoff = 0; ///< above 0: the surface is opaque from this opacity on, and not there below it
     std::vector<ImportedMap> maps;
+    bool alphaOfDiffuse = false; ///< the diffuse map's alpha is a map of the opacity
+    bool isCoverage = false;     ///< opacity is a share of the surface: it counts for highlights too
+    bool timesMaps = false;      ///< diffuse colour and opacity are factors of their maps, which else replace them
+    /// The colours and the alpha of the mesh's vertices are factors of diffuse colour and opacity. Every mesh with the
+    /// material must have them.
+    bool vertexColors = false, vertexAlphas = false;
 };
 
 struct ImportedCamera {

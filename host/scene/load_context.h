@@ -24,6 +24,7 @@ public:
     std::map<std::string, INode*> aliases; ///< further names of nodes
     std::map<std::string, Mtl*> materials;
     std::map<std::string, Texmap*> maps;
+    Mtl* unnamedMaterials[2] = {}; ///< of imported faces without a material; second: in vertex colours
 
     /// Reads every table of the list `[[key]]`.
     template <class Read>

@@ -37,7 +37,9 @@ void ImportPlainMeshes(LoadContext& context, const SectionReader& reader, const 
     CheckOneMesh(reader, meshes.size());
     for (ImportedMesh& m : meshes) {
         LoadedMesh loaded{path, options, nullptr, CountDegenerateFaces(m.mesh)};
+        const bool colored = m.mesh.maps.contains(MAP_VERTCOLOR);
         loaded.node = NewMeshNode(context, name.empty() ? m.name : name, std::move(m.mesh));
+        if (colored) loaded.node->SetMtl(UnnamedMaterial(context, true));
         context.scene.meshes.push_back(loaded);
     }
 }

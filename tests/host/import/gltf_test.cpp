@@ -238,6 +238,62 @@ TEST(Gltf, MaterialsInTheStandardOnesTerms) {
     EXPECT_EQ(scene.notes, (std::vector<std::string>{"picture 'none.png' is not there in the file's own folder"}));
 }
 
+TEST(Gltf, AlphaCountsAsTheFileSays) {
+    const auto material = [](const std::string& more) {
+        GltfText g = SplitSquare();
+        return Read(g.Text(
+                        OneMesh("\"POSITION\":0", ",\"material\":0") +
+                        ",\"images\":[{\"uri\":\"data:image/png;base64,iVBORw0KGgo=\"}],\"textures\":[{\"source\":0}],"
+                        "\"materials\":[{\"pbrMetallicRoughness\":{\"baseColorFactor\":[1,1,1,0.25],"
+                        "\"baseColorTexture\":{\"index\":0}}" +
+                        more + "}]"))
+            .materials.at(0);
+    };
+    const ImportedMaterial opaque = material("");
+    EXPECT_EQ(opaque.opacity, 1);
+    EXPECT_EQ(opaque.opacityCutoff, 0);
+    EXPECT_FALSE(opaque.alphaOfDiffuse || opaque.isCoverage);
+    EXPECT_TRUE(opaque.timesMaps);
+    const ImportedMaterial blend = material(",\"alphaMode\":\"BLEND\",\"alphaCutoff\":0.75");
+    EXPECT_EQ(blend.opacity, 0.25f);
+    EXPECT_EQ(blend.opacityCutoff, 0);
+    EXPECT_TRUE(blend.alphaOfDiffuse && blend.isCoverage);
+    const ImportedMaterial mask = material(",\"alphaMode\":\"MASK\",\"alphaCutoff\":0.75");
+    EXPECT_EQ(mask.opacity, 0.25f);
+    EXPECT_EQ(mask.opacityCutoff, 0.75f);
+    EXPECT_TRUE(mask.alphaOfDiffuse && mask.isCoverage);
+    EXPECT_EQ(material(",\"alphaMode\":\"MASK\"").opacityCutoff, 0.5f);
+    // Nothing is less than 0: all of it is there.
+    const ImportedMaterial all = material(",\"alphaMode\":\"MASK\",\"alphaCutoff\":0");
+    EXPECT_EQ(all.opacity, 1);
+    EXPECT_FALSE(all.alphaOfDiffuse || all.isCoverage);
+}
+
+TEST(Gltf, MeshesOfOneMaterialHaveVertexColoursOrNone) {
+    GltfText g = SplitSquare();
+    const std::string colors = std::to_string(g.Floats("VEC4", 4, std::vector<float>(6 * 4, 0.5f)));
+    const auto mesh = [](const std::string& attributes, int material) {
+        return "{\"primitives\":[{\"attributes\":{\"POSITION\":0" + attributes +
+               "},\"material\":" + std::to_string(material) + "}]}";
+    };
+    const ImportedScene scene =
+        Read(g.Text(",\"meshes\":[" + mesh(",\"COLOR_0\":" + colors, 0) + "," + mesh("", 0) + "," + mesh("", 1) + "," +
+                    mesh(",\"COLOR_0\":" + colors, 2) +
+                    "],\"nodes\":[{\"mesh\":0},{\"mesh\":1},{\"mesh\":2},{\"mesh\":3}],\"materials\":[{\"alphaMode\":"
+                    "\"BLEND\"},{},{}]"));
+    EXPECT_TRUE(scene.materials.at(0).vertexColors && scene.materials[0].vertexAlphas);
+    EXPECT_FALSE(scene.materials.at(1).vertexColors || scene.materials[1].vertexAlphas);
+    EXPECT_TRUE(scene.materials.at(2).vertexColors);
+    EXPECT_FALSE(scene.materials[2].vertexAlphas) << "what is opaque has no use for alpha";
+    EXPECT_EQ(scene.meshes.at(0).mesh.maps.at(MAP_ALPHA).tv.at(0), Point3(0.5f, 0.5f, 0.5f));
+    for (const int channel : {MAP_VERTCOLOR, MAP_ALPHA}) {
+        const MeshMap& white = scene.meshes.at(1).mesh.maps.at(channel);
+        EXPECT_EQ(white.tv, std::vector<Point3>(1, Point3(1, 1, 1)));
+        EXPECT_EQ(white.tf.size(), 2u);
+        EXPECT_FALSE(scene.meshes.at(2).mesh.maps.contains(channel));
+    }
+}
+
 TEST(Gltf, MovingTheSceneMovesWhatIsSeen) {
     // A point of a mesh in the world, before and after: the whole change applied to it.
     uint32_t seed = 1;
