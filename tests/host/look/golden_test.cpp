@@ -66,6 +66,9 @@ TEST_F(HostLookDiffers, WhenAValueChanges) {
     EXPECT_FALSE(Look("channel_bump", "channel_bump", {"left.bumpMapAmount=0.14"}).Close());
     EXPECT_FALSE(Look("map_noise_fractal", "map_noise_fractal", {"noise.phase=0.02"}).Close());
     EXPECT_FALSE(Look("light_far_attenuation", "light_far_attenuation", {"key.farEnd=4.1"}).Close());
+    EXPECT_FALSE(Look("import_lights", "import_lights", {"bulb.decay=1"}).Close());
+    EXPECT_FALSE(Look("import_alpha", "import_alpha", {"cut.opacityCutoff=0"}).Close());
+    EXPECT_FALSE(Look("map_sub_maps", "map_sub_maps", {"squares.map1='grain'"}).Close());
     EXPECT_FALSE(Look("camera_roll", "camera_roll", {"cam.roll=0.36"}).Close());
 }
 
