@@ -117,6 +117,10 @@ constexpr SceneKey kLight[] = {
     {"shadow_multiplier", kNumber, "1.0", "", "density of shadows: how much of a shadow counts", 0, 1},
     {"shadow_color", kColor, "[0, 0, 0]", "", "light that arrives in shadow"},
     {"shadow_bias", kNumber, "0.0", "", "shadows begin this far from a surface", 0, kMost},
+    {"shadow_type", kText, "\"\"", "",
+     "class name of a plug-in's shadow type, which may take more of the light than geometry does; left out: geometry "
+     "alone. [[keys]] and command lines call its parameters NAME.shadow"},
+    {"shadow_set", kParameters, "", "", "parameters of the shadow type by their own names"},
     {"affect_diffuse", kFlag, "true", "", "whether it lights surfaces"},
     {"affect_specular", kFlag, "true", "", "whether it makes highlights"},
     {"ambient_only", kFlag, "false", "", "whether it adds to the ambient light only"},
@@ -335,6 +339,7 @@ constexpr SceneSection kSections[] = {
     {"modifier.skin", "[[node.modifiers]] of type \"skin\"", "The mesh follows bones.", keys::kSkin},
     {"modifier.morph", "[[node.modifiers]] of type \"morph\"", "Adds shapes by weights.", keys::kMorph},
     {"morph_target", "[[node.modifiers.targets]]", "One shape of a morph modifier.", keys::kMorphTarget},
+    {"modifier.plugin", "[[node.modifiers]] of a plug-in's class", "Whatever the class does.", keys::kPluginModifier},
     {"modifier.mesh_cache", "[[node.modifiers]] of type \"mesh_cache\"",
      "Takes the vertices from a series of files (.obj, .ply, .3ds), read with the scale and up axis of the node's own "
      "file. Before the first and after the last frame the mesh stands still.",

@@ -6,7 +6,7 @@
 #include "materials/std_mtl.h"
 #include "scene/block_setter.h"
 #include "scene/key_check.h"
-#include "scene/load_context.h"
+#include "scene/named_classes.h"
 
 namespace host {
 
@@ -171,28 +171,6 @@ void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl
         block->SetValue(ParamID(kStdMapOn + int(ChannelNamed(reader, reader.LineOf("maps_off"), key))), 0, 0);
 }
 
-// Puts the shader of that class name into the material's slot and sets its own parameters.
-void SetShader(LoadContext& context, const SectionReader& reader, StdMtl* mtl) {
-    const std::string name = reader.Text("shader");
-    const int line = reader.LineOf("shader");
-    ClassDesc* found = nullptr;
-    std::vector<std::string> known;
-    for (ClassDesc* const desc : context.core.Classes().All()) {
-        if (desc->SuperClassID() != SHADER_CLASS_ID) continue;
-        known.emplace_back(desc->InternalName() ? desc->InternalName() : desc->ClassName());
-        if (SameParamName(known.back(), name) || SameParamName(desc->ClassName(), name)) found = desc;
-    }
-    if (!found) FailAt(reader.File(), line, "unknown shader " + Quoted(name) + ", expected " + JoinChoices(known));
-    auto* const shader = static_cast<Shader*>(context.core.CreateInstance(SHADER_CLASS_ID, found->ClassID()));
-    if (!shader) FailAt(reader.File(), line, "shader " + Quoted(name) + " cannot be made here, expected another one");
-    mtl->SwitchShader(shader);
-    const TomlValue* const params = reader.Raw("shader_set");
-    if (!params) return;
-    for (const auto& [key, value] : params->entries)
-        context.At(value.line,
-                   [&] { SetParam(FindParam(shader, name, key), value, 0, context.core.GetTicksPerFrame(), context); });
-}
-
 void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
     const BlockSetter set(mtl);
     set("lockAmbient", reader.Has("ambient") ? 0 : 1);
@@ -212,7 +190,11 @@ void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
     }
     SetMaterialMaps(context, reader, mtl);
     auto* const standard = dynamic_cast<StdMtl*>(mtl);
-    if (standard && (reader.Has("shader") || reader.Has("shader_set"))) SetShader(context, reader, standard);
+    if (!standard || (!reader.Has("shader") && !reader.Has("shader_set"))) return;
+    const NamedClasses shaders(context.core, {SHADER_CLASS_ID});
+    auto* const shader = static_cast<Shader*>(MakeNamedObject(context, reader, shaders, "shader", "shader"));
+    standard->SwitchShader(shader); // which takes the material's values over
+    SetNamedParams(context, reader, "shader_set", shader, reader.Text("shader"));
 }
 
 void LoadMaterial(LoadContext& context, const SectionReader& reader) {

@@ -15,13 +15,22 @@ inline constexpr double kLargest = 1e30;
 inline constexpr const char* kModifierTypes = "mesh_select|smooth|normal_flip|xform|bend|noise|skin|morph|mesh_cache";
 
 inline constexpr SceneKey kEveryModifier[] = {
-    {"type", kChoice, "", "", "kind of modifier", 0, 0, kModifierTypes},
+    {"type", kChoice, "", "", "kind of modifier, or the class name of a plug-in's", 0, 0, kModifierTypes},
     {"name", kText, "\"\"", "",
      "its name in the stack; [[keys]] and command lines call its parameters NODE.NAME. Left out: the type, with a "
      "number where the node has several"},
     {"enabled", kFlag, "true", "", "whether it works"},
     {"in_render", kFlag, "true", "", "whether it works in pictures"},
     {"in_views", kFlag, "true", "", "whether it works outside pictures"},
+};
+
+inline constexpr SceneKey kPluginModifier[] = {
+    {"type", kText, "", "", "class name of the modifier"},
+    kEveryModifier[1],
+    kEveryModifier[2],
+    kEveryModifier[3],
+    kEveryModifier[4],
+    {"set", kParameters, "", "", "parameters by their own names"},
 };
 
 /// The keys of every modifier and those of one kind.

@@ -1,0 +1,35 @@
+#pragma once
+// Objects of classes that scenes name: the host's and those of plug-ins, known by their descriptors alone.
+
+#include <string>
+#include <vector>
+
+#include "scene/load_context.h"
+
+namespace host {
+
+/// The registered classes of some super classes by the names that scenes use.
+class NamedClasses {
+public:
+    /// `without` are left out.
+    NamedClasses(Core& core, std::initializer_list<SClass_ID> kinds, const std::vector<ClassDesc*>& without = {});
+    /// By internal name or class name, as parameters are named (SameParamName); of several the one registered last.
+    /// Null when there is none.
+    ClassDesc* Find(const std::string& name) const;
+    /// The internal names; class names where there is none.
+    std::vector<std::string> Names() const;
+
+private:
+    std::vector<ClassDesc*> classes_;
+};
+
+/// A new object of the class that `key` of a table names; `what` is for messages. Throws Error with file and line: no
+/// such class, an object that cannot be made.
+ReferenceTarget* MakeNamedObject(LoadContext& context, const SectionReader& reader, const NamedClasses& classes,
+                                 const char* key, const std::string& what);
+/// Sets the object's parameters by the table under `setKey`, if there is one; `name` is for messages. Throws Error with
+/// file and line.
+void SetNamedParams(LoadContext& context, const SectionReader& reader, const char* setKey, ReferenceTarget* object,
+                    const std::string& name);
+
+} // namespace host
