@@ -138,12 +138,6 @@ void ReadSettings(FbxFile& fbx) {
     fbx.scene.meters = usable ? double(centimeters) * 0.01 : 0.01;
 }
 
-std::string OneLine(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < 32; }, ' ');
-    return text.substr(0, 200);
-}
-
 } // namespace
 
 void ReadFbxMaterials(FbxFile& fbx) {
@@ -168,7 +162,7 @@ ImportedScene ImportFbx(const std::string& file, const std::string& content, con
         error = e.what();
     }
     if (!from || !from->mRootNode)
-        FailAt(file, 0, "cannot be read as FBX" + (error.empty() ? "" : " (" + OneLine(error) + ")"));
+        FailAt(file, 0, "cannot be read as FBX" + (error.empty() ? "" : " (" + FirstLine(error) + ")"));
     FbxFile fbx{file, *from, {}, {}, {}};
     ReadSettings(fbx);
     ReadFbxMaterials(fbx);

@@ -48,6 +48,7 @@ struct ImportedMap {
     int image = 0, channel = 1;
     MapWrap wrapU = kWrapRepeat, wrapV = kWrapRepeat;
     float tile[2] = {1, 1}, offset[2] = {0, 0};
+    auto operator<=>(const ImportedMap&) const = default;
 };
 
 /// A material in the terms of the standard one.

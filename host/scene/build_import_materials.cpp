@@ -61,11 +61,9 @@ public:
 private:
     void SetMaps(const ImportedMaterial& from, Mtl* mtl) {
         Texmap* pictures[ID_NUM_CHANNELS] = {};
-        for (const ImportedMap& map : from.maps) pictures[map.target] = BuildMap(map);
-        if (from.alphaOfDiffuse && pictures[ID_DI]) {
-            BlockSetter{pictures[ID_DI]}("mono", int(kMonoAlpha)); // its colours do not mind
-            pictures[ID_OP] = pictures[ID_DI];
-        }
+        for (const ImportedMap& map : from.maps)
+            pictures[map.target] = MapFor(map, map.target == ID_DI && from.alphaOfDiffuse);
+        if (from.alphaOfDiffuse) pictures[ID_OP] = pictures[ID_DI];
         const auto factors = [&](Texmap* picture, Texmap* ofVertices, const Color& value) {
             Texmap* const map = Product(picture, ofVertices);
             return map && from.timesMaps ? Times(value, map) : map;
@@ -101,6 +99,15 @@ private:
         return product;
     }
 
+    // Materials share the maps of one picture: it is read once. With `alpha` its alpha counts as its number.
+    Texmap* MapFor(ImportedMap from, bool alpha) {
+        from.target = alpha ? ID_OP : ID_DI;
+        const auto [at, added] = pictures_.try_emplace(from, nullptr);
+        if (!added) return at->second;
+        Texmap* const map = at->second = BuildMap(from);
+        if (map && alpha) BlockSetter{map}("mono", int(kMonoAlpha));
+        return map;
+    }
     // Null when the picture cannot be read, which a note says.
     Texmap* BuildMap(const ImportedMap& from) {
         const std::string& path = paths_[size_t(from.image)];
@@ -124,6 +131,7 @@ private:
     LoadContext& context_;
     ImportedScene& scene_;
     std::vector<std::string> paths_;
+    std::map<ImportedMap, Texmap*> pictures_; ///< their target tells what counts as their number
 };
 
 } // namespace

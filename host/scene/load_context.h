@@ -60,6 +60,9 @@ public:
 
     /// Remembers an object under a name; the name must be free.
     void AddObject(const SectionReader& reader, const std::string& name, ReferenceTarget* object);
+    /// Sets parameters of an object by their own names, as a table has them; nothing for a null table. `name` is for
+    /// messages.
+    void SetParams(const TomlValue* table, Animatable* object, const std::string& name);
     /// Ticks of a frame number.
     TimeValue Ticks(double frame) const;
 };

@@ -194,7 +194,7 @@ void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
     const NamedClasses shaders(context.core, {SHADER_CLASS_ID});
     auto* const shader = static_cast<Shader*>(MakeNamedObject(context, reader, shaders, "shader", "shader"));
     standard->SwitchShader(shader); // which takes the material's values over
-    SetNamedParams(context, reader, "shader_set", shader, reader.Text("shader"));
+    context.SetParams(reader.Raw("shader_set"), shader, reader.Text("shader"));
 }
 
 void LoadMaterial(LoadContext& context, const SectionReader& reader) {

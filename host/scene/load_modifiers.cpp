@@ -31,7 +31,7 @@ public:
     }
     void LoadOfPlugin(const NamedClasses& classes) {
         auto* const m = static_cast<Modifier*>(MakeNamedObject(context_, reader_, classes, "type", "modifier"));
-        SetNamedParams(context_, reader_, "set", m, type_);
+        context_.SetParams(reader_.Raw("set"), m, type_);
         Put(m);
     }
 

@@ -117,7 +117,7 @@ void SetShadows(LoadContext& context, const SectionReader& reader, Light* light)
     }
     const NamedClasses types(context.core, {SHADOW_TYPE_CLASS_ID});
     auto* const type = static_cast<ShadowType*>(MakeNamedObject(context, reader, types, "shadow_type", "shadow type"));
-    SetNamedParams(context, reader, "shadow_set", type, reader.Text("shadow_type"));
+    context.SetParams(reader.Raw("shadow_set"), type, reader.Text("shadow_type"));
     light->SetShadowType(type);
     context.AddObject(reader, reader.Text("name") + ".shadow", type);
 }

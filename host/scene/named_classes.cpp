@@ -48,14 +48,4 @@ ReferenceTarget* MakeNamedObject(LoadContext& context, const SectionReader& read
     return object;
 }
 
-void SetNamedParams(LoadContext& context, const SectionReader& reader, const char* setKey, ReferenceTarget* object,
-                    const std::string& name) {
-    const TomlValue* const params = reader.Raw(setKey);
-    if (!params) return;
-    for (const auto& [param, value] : params->entries)
-        context.At(value.line, [&, &param = param, &value = value] {
-            SetParam(FindParam(object, name, param), value, 0, context.core.GetTicksPerFrame(), context);
-        });
-}
-
 } // namespace host

@@ -27,9 +27,5 @@ private:
 /// such class, an object that cannot be made.
 ReferenceTarget* MakeNamedObject(LoadContext& context, const SectionReader& reader, const NamedClasses& classes,
                                  const char* key, const std::string& what);
-/// Sets the object's parameters by the table under `setKey`, if there is one; `name` is for messages. Throws Error with
-/// file and line.
-void SetNamedParams(LoadContext& context, const SectionReader& reader, const char* setKey, ReferenceTarget* object,
-                    const std::string& name);
 
 } // namespace host
