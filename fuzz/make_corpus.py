@@ -271,10 +271,20 @@ exclude = ["quad"]
 name = "squares"
 type = "checker"
 tile = [2, 2]
+map1 = "ramp"
+[[map]]
+name = "ramp"
+type = "gradient"
+key_maps = ["", "tint"]
+[[map]]
+name = "tint"
+type = "multiply"
+color1 = [1, 0.5, 0]
 [[material]]
 name = "red"
 diffuse = [1, 0, 0]
-maps = { diffuse = "squares" }
+opacity_cutoff = 0.5
+maps = { diffuse = "squares", opacity = "ramp" }
 [[material]]
 name = "both"
 type = "multi"

@@ -43,4 +43,20 @@ private:
     IParamBlock2* block_ = nullptr;
 };
 
+/// `Base` (a BlockHolder) as the class `T`, which states its id and its objects' name as `kClass` and `kName`; copies
+/// are made by `new T` and get their own block.
+template <class T, class Base>
+class NamedHolder : public Base {
+public:
+    Class_ID ClassID() override { return T::kClass; }
+    const char* GetObjectName() override { return T::kName; }
+    RefTargetHandle Clone(RemapDir& remap) override {
+        auto* const copy = new T;
+        this->CopyBlock(*copy, remap);
+        // Modifiers have switches beside their block.
+        if constexpr (requires { this->CopySwitches(*copy); }) this->CopySwitches(*copy);
+        return copy;
+    }
+};
+
 } // namespace host

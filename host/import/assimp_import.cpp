@@ -3,15 +3,10 @@
 #include <assimp/Importer.hpp>
 #include <assimp/scene.h>
 
-#include <bit>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <unordered_map>
-
 #include "import/chunks_3ds.h"
 #include "import/mesh_build.h"
 #include "import/mesh_import.h"
+#include "import/record_welder.h"
 
 namespace host {
 
@@ -21,36 +16,10 @@ Point3 ToPoint(const aiVector3D& v) {
     return {v.x, v.y, v.z};
 }
 
-// Numbers for positions: equal positions have the same.
-class Welder {
-public:
-    explicit Welder(std::vector<Point3>& verts) : verts_(verts) {}
-    int Number(Point3 p) {
-        // Adding zero makes a negative zero positive.
-        const Bits key{Word(p.x + 0.0f), Word(p.y + 0.0f), Word(p.z + 0.0f)};
-        const auto [at, added] = numbers_.try_emplace(key, int(verts_.size()));
-        if (added) verts_.push_back(p);
-        return at->second;
-    }
-
-private:
-    using Bits = std::array<uint32_t, 3>;
-    struct Hash {
-        size_t operator()(const Bits& b) const {
-            return size_t((b[0] * 0x9E3779B97F4A7C15ull ^ b[1]) * 0xC2B2AE3D27D4EB4Full ^ b[2]) * 0x9E3779B1u;
-        }
-    };
-    static uint32_t Word(float f) { return std::bit_cast<uint32_t>(f); }
-    std::vector<Point3>& verts_;
-    std::unordered_map<Bits, int, Hash> numbers_;
-};
-
 // One mesh out of the parts of a node.
 class NodeMesh {
 public:
-    NodeMesh(const std::string& file, std::string name) : file_(file), welder_(out_.mesh.verts) {
-        out_.name = std::move(name);
-    }
+    NodeMesh(const std::string& file, std::string name) : file_(file) { out_.name = std::move(name); }
 
     void AddPart(const aiMesh& part, const aiMatrix4x4& tm, const aiScene& scene) {
         const int material = MaterialId(part.mMaterialIndex, scene);
@@ -64,8 +33,9 @@ public:
     }
 
     ImportedMesh Finish() {
+        out_.mesh.verts = std::move(verts_.points);
         SmoothByNormals(out_.mesh, normals_);
-        if (hasMap_) out_.mesh.maps[1] = {std::move(mapVerts_), std::move(mapFaces_)};
+        if (hasMap_) out_.mesh.maps[1] = {std::move(mapVerts_.points), std::move(mapFaces_)};
         return std::move(out_);
     }
     bool HasFaces() const { return !out_.mesh.faces.empty(); }
@@ -93,7 +63,7 @@ private:
             const Point3 p = ToPoint(tm * part.mVertices[v]);
             if (!IsFinite(p))
                 FailAt(file_, 0, "position of '" + out_.name + "' is not finite, expected finite numbers");
-            face.v[k] = welder_.Number(p);
+            face.v[k] = verts_.Number(p);
             if (part.HasNormals()) normals[size_t(k)] = ToPoint(part.mNormals[v]);
             map.t[k] = MapVertex(part, v);
         }
@@ -107,17 +77,12 @@ private:
     // Equal coordinates share a mapping vertex; parts without coordinates use the origin.
     int MapVertex(const aiMesh& part, unsigned v) {
         hasMap_ |= part.HasTextureCoords(0);
-        Point3 p = part.HasTextureCoords(0) ? ToPoint(part.mTextureCoords[0][v]) : Point3();
-        for (int k = 0; k < 3; ++k)
-            if (!std::isfinite(p[k])) p[k] = 0;
-        return mapWelder_.Number(p);
+        return mapVerts_.Number(part.HasTextureCoords(0) ? FiniteOrZero(ToPoint(part.mTextureCoords[0][v])) : Point3());
     }
 
     const std::string& file_;
     ImportedMesh out_;
-    Welder welder_;
-    std::vector<Point3> mapVerts_;
-    Welder mapWelder_{mapVerts_};
+    PointWelder verts_, mapVerts_;
     std::vector<TVFace> mapFaces_;
     std::vector<CornerNormals> normals_;
     bool hasMap_ = false;

@@ -17,6 +17,10 @@ namespace host {
 
 namespace {
 
+MapWrap WrapOf(aiTextureMapMode mode) {
+    return mode == aiTextureMapMode_Clamp ? kWrapClamp : mode == aiTextureMapMode_Mirror ? kWrapMirror : kWrapRepeat;
+}
+
 class MaterialReader {
 public:
     MaterialReader(FbxFile& fbx, const aiMaterial& from, std::map<std::string, int>& imageOf)
@@ -66,7 +70,8 @@ private:
         map.target = target;
         map.image = image;
         map.channel = int(std::min(set, 7u)) + 1;
-        map.repeat = modes[0] != aiTextureMapMode_Clamp;
+        map.wrapU = WrapOf(modes[0]);
+        map.wrapV = WrapOf(modes[1]);
         aiUVTransform uv;
         if (from_.Get(AI_MATKEY_UVTRANSFORM(type, 0), uv) == AI_SUCCESS) {
             const float numbers[4] = {uv.mScaling.x, uv.mScaling.y, uv.mTranslation.x, uv.mTranslation.y};
@@ -133,12 +138,6 @@ void ReadSettings(FbxFile& fbx) {
     fbx.scene.meters = usable ? double(centimeters) * 0.01 : 0.01;
 }
 
-std::string OneLine(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < 32; }, ' ');
-    return text.substr(0, 200);
-}
-
 } // namespace
 
 void ReadFbxMaterials(FbxFile& fbx) {
@@ -163,7 +162,7 @@ ImportedScene ImportFbx(const std::string& file, const std::string& content, con
         error = e.what();
     }
     if (!from || !from->mRootNode)
-        FailAt(file, 0, "cannot be read as FBX" + (error.empty() ? "" : " (" + OneLine(error) + ")"));
+        FailAt(file, 0, "cannot be read as FBX" + (error.empty() ? "" : " (" + FirstLine(error) + ")"));
     FbxFile fbx{file, *from, {}, {}, {}};
     ReadSettings(fbx);
     ReadFbxMaterials(fbx);

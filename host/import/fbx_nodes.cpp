@@ -110,6 +110,16 @@ private:
         }
     }
 
+    // The reader halves lights at the file's decay start, where hosts begin to.
+    static void ReadDecay(const aiLight& from, ImportedLight& light) {
+        if (light.type == DIRECT_LGT) return;
+        const float linear = from.mAttenuationLinear, square = from.mAttenuationQuadratic;
+        const float start = square > 0 ? std::sqrt(2 / square) : 2 / linear;
+        if (!(start > 0) || !std::isfinite(start)) return;
+        light.decay = square > 0 ? DECAY_INVERSE_SQUARE : DECAY_INVERSE;
+        light.decayStart = start;
+    }
+
     void AddLights() {
         for (unsigned i = 0; i < fbx_.from.mNumLights; ++i) {
             const aiLight& from = *fbx_.from.mLights[i];
@@ -124,6 +134,7 @@ private:
             constexpr float kDegrees = float(180.0 / std::numbers::pi);
             light.hotspot = std::clamp(FiniteOr(double(from.mAngleInnerCone), 0.7f) * kDegrees, 0.0f, 179.0f);
             light.falloff = std::clamp(FiniteOr(double(from.mAngleOuterCone), 0.8f) * kDegrees, 0.5f, 179.5f);
+            ReadDecay(from, light);
             node->light = int(fbx_.scene.lights.size());
             fbx_.scene.lights.push_back(light);
         }

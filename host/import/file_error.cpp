@@ -1,5 +1,6 @@
 #include "import/file_error.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -24,6 +25,13 @@ std::string Quoted(std::string_view text) {
     std::string out("'");
     out.append(text.substr(0, 60)).append(text.size() > 60 ? "...'" : "'");
     return out;
+}
+
+std::string FirstLine(const std::string& text) {
+    std::string line = text.substr(0, text.find('\n'));
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < 32; }, ' ');
+    return line.substr(0, 200);
 }
 
 void FailAt(const std::string& file, int line, const std::string& text) {

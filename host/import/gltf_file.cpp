@@ -1,6 +1,5 @@
 // From a .gltf or .glb file to the library's model.
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -80,13 +79,6 @@ bool KeepImage(tinygltf::Image* image, int, std::string*, std::string*, int, int
                void*) {
     if (image->bufferView < 0) image->image.assign(bytes, bytes + size);
     return true;
-}
-
-std::string FirstLine(const std::string& text) {
-    std::string line = text.substr(0, text.find('\n'));
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < 32; }, ' ');
-    return line.substr(0, 200);
 }
 
 void CheckVersion(const GltfFile& gltf) {

@@ -43,6 +43,12 @@ Color ColorIn(const tinygltf::Value& object, const char* key, Color otherwise) {
     return ColorIn(values, otherwise);
 }
 
+MapWrap WrapOf(int wrap) {
+    return wrap == TINYGLTF_TEXTURE_WRAP_CLAMP_TO_EDGE     ? kWrapClamp
+           : wrap == TINYGLTF_TEXTURE_WRAP_MIRRORED_REPEAT ? kWrapMirror
+                                                           : kWrapRepeat;
+}
+
 float Unit(double v) {
     return std::clamp(GltfFloat(v), 0.0f, 1.0f);
 }
@@ -71,8 +77,8 @@ public:
 private:
     void ReadMetallicRoughness() {
         const tinygltf::PbrMetallicRoughness& pbr = from_.pbrMetallicRoughness;
-        SetBase(ColorIn(pbr.baseColorFactor, {1, 1, 1}), pbr.baseColorFactor.size() > 3 ? pbr.baseColorFactor[3] : 1.0);
-        AddMap(ID_DI, UseOf(pbr.baseColorTexture));
+        ReadBase(ColorIn(pbr.baseColorFactor, {1, 1, 1}), pbr.baseColorFactor.size() > 3 ? pbr.baseColorFactor[3] : 1.0,
+                 UseOf(pbr.baseColorTexture));
         const float metal = Unit(pbr.metallicFactor), gloss = 1.0f - Unit(pbr.roughnessFactor);
         out_.specular = Color(1, 1, 1) * (1.0f - metal) + out_.diffuse * metal;
         SetGloss(gloss);
@@ -83,16 +89,23 @@ private:
         if (old.Has("diffuseFactor") && old.Get("diffuseFactor").ArrayLen() > 3 &&
             old.Get("diffuseFactor").Get(3).IsNumber())
             alpha = old.Get("diffuseFactor").Get(3).GetNumberAsDouble();
-        SetBase(ColorIn(old, "diffuseFactor", {1, 1, 1}), alpha);
-        AddMap(ID_DI, UseIn(old, "diffuseTexture"));
+        ReadBase(ColorIn(old, "diffuseFactor", {1, 1, 1}), alpha, UseIn(old, "diffuseTexture"));
         out_.specular = ColorIn(old, "specularFactor", {1, 1, 1});
         SetGloss(Unit(GltfNumber(old, "glossinessFactor", 1)));
     }
-    void SetBase(Color color, double alpha) {
+    // Colour, alpha, and a texture with both: factors of one another.
+    void ReadBase(Color color, double alpha, const TextureUse& texture) {
         out_.diffuse = color;
-        if (from_.alphaMode == "BLEND") out_.opacity = Unit(alpha);
-        if (from_.alphaMode == "MASK" && alpha < from_.alphaCutoff) out_.opacity = 0;
+        out_.timesMaps = true;
+        AddMap(ID_DI, texture);
+        if (from_.alphaMode == "MASK") out_.opacityCutoff = Unit(from_.alphaCutoff);
+        if (!IsClear()) return;
+        out_.opacity = Unit(alpha);
+        out_.alphaOfDiffuse = !out_.maps.empty();
+        out_.isCoverage = true;
     }
+    // Whether alpha counts at all.
+    bool IsClear() const { return from_.alphaMode == "BLEND" || out_.opacityCutoff > 0; }
     void SetGloss(float gloss) {
         out_.glossiness = gloss;
         out_.specularLevel = gloss;
@@ -122,9 +135,8 @@ private:
         map.channel = use.set + 1;
         if (texture.sampler >= 0 && size_t(texture.sampler) < gltf_.model.samplers.size()) {
             const tinygltf::Sampler& sampler = gltf_.model.samplers[size_t(texture.sampler)];
-            map.repeat = sampler.wrapS != TINYGLTF_TEXTURE_WRAP_CLAMP_TO_EDGE;
-            if (sampler.wrapS == TINYGLTF_TEXTURE_WRAP_MIRRORED_REPEAT)
-                gltf_.scene.Note("mirrored textures repeat without mirroring");
+            map.wrapU = WrapOf(sampler.wrapS);
+            map.wrapV = WrapOf(sampler.wrapT);
         }
         if (use.extensions) ApplyTransform(*use.extensions, map);
         out_.maps.push_back(map);
@@ -164,6 +176,12 @@ std::string BytesInBuffer(const GltfFile& gltf, int view) {
     return std::string(begin, begin + std::ptrdiff_t(v.byteLength));
 }
 
+// A mapping channel that is white all over, where the mesh does not have the channel.
+void AddWhite(Mesh& mesh, int channel) {
+    if (mesh.maps.contains(channel)) return;
+    mesh.maps[channel] = {{Point3(1, 1, 1)}, std::vector<TVFace>(mesh.faces.size(), TVFace{{0, 0, 0}})};
+}
+
 } // namespace
 
 void ReadGltfImages(GltfFile& gltf) {
@@ -182,6 +200,23 @@ void ReadGltfImages(GltfFile& gltf) {
         }
         gltf.scene.images.push_back(std::move(image));
     }
+}
+
+void SpreadGltfVertexColors(GltfFile& gltf) {
+    ImportedScene& scene = gltf.scene;
+    for (const SceneMesh& mesh : scene.meshes)
+        for (const int m : mesh.materials) {
+            if (m < 0) continue;
+            ImportedMaterial& material = scene.materials[size_t(m)];
+            material.vertexColors |= mesh.mesh.maps.contains(MAP_VERTCOLOR);
+            material.vertexAlphas |= material.isCoverage && mesh.mesh.maps.contains(MAP_ALPHA);
+        }
+    for (SceneMesh& mesh : scene.meshes)
+        for (const int m : mesh.materials) {
+            if (m < 0) continue;
+            if (scene.materials[size_t(m)].vertexColors) AddWhite(mesh.mesh, MAP_VERTCOLOR);
+            if (scene.materials[size_t(m)].vertexAlphas) AddWhite(mesh.mesh, MAP_ALPHA);
+        }
 }
 
 void ReadGltfMaterials(GltfFile& gltf) {

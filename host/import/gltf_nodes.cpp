@@ -13,6 +13,8 @@ namespace host {
 namespace {
 
 constexpr float kDegrees = float(180.0 / std::numbers::pi);
+// Metres: nearer to a point of light its strength no longer grows.
+constexpr float kNearestLight = 0.01f;
 
 // The node's number of an index into a list; -1 when there is none.
 template <class List>
@@ -143,7 +145,8 @@ ImportedCamera ReadCamera(const tinygltf::Camera& from) {
     return camera;
 }
 
-// Radiation units: a direct light of pi lux shows a white surface as white.
+// Photometric units: a direct light of pi lux, or another one of pi candela a metre away, shows a white surface as
+// white.
 ImportedLight ReadLight(const tinygltf::Light& from) {
     ImportedLight light;
     if (from.color.size() >= 3)
@@ -151,7 +154,11 @@ ImportedLight ReadLight(const tinygltf::Light& from) {
     const float intensity = std::max(GltfFloat(from.intensity, 1), 0.0f);
     light.type = from.type == "directional" ? DIRECT_LGT : from.type == "spot" ? SPOT_LGT : OMNI_LGT;
     light.multiplier = intensity / float(std::numbers::pi);
-    if (light.type != DIRECT_LGT) light.candela = intensity;
+    if (light.type != DIRECT_LGT) {
+        light.decay = DECAY_INVERSE_SQUARE;
+        light.decayStart = kNearestLight;
+        light.multiplier /= kNearestLight * kNearestLight;
+    }
     light.hotspot = std::clamp(2 * kDegrees * GltfFloat(from.spot.innerConeAngle), 0.0f, 179.0f);
     light.falloff = std::clamp(2 * kDegrees * GltfFloat(from.spot.outerConeAngle), 0.5f, 179.5f);
     return light;

@@ -37,6 +37,8 @@ int GltfComponents(const GltfFile& gltf, int accessor);
 void ReadGltfImages(GltfFile& gltf);
 void ReadGltfMaterials(GltfFile& gltf);
 void ReadGltfMeshes(GltfFile& gltf);
+/// Tells the materials which of their meshes have vertex colours; the others get white ones.
+void SpreadGltfVertexColors(GltfFile& gltf);
 void ReadGltfViews(GltfFile& gltf); ///< cameras and lights
 void ReadGltfNodes(GltfFile& gltf);
 void ReadGltfSkins(GltfFile& gltf);

@@ -123,6 +123,7 @@ void PlaceScene(const std::string& file, ImportedScene& scene, const ImportOptio
                 Inverse(whole.Matrix()) * skin.inverseBinds[i] * changes[size_t(skin.joints[i])].Matrix();
     for (ImportedCamera& camera : scene.cameras)
         for (float* const length : {&camera.halfWidth, &camera.nearClip, &camera.farClip}) *length *= options.scale;
+    for (ImportedLight& light : scene.lights) light.decayStart *= options.scale;
 }
 
 void CheckSceneContent(const std::string& file, const ImportedScene& scene) {
@@ -144,13 +145,6 @@ void CheckAnimationName(const std::string& file, const std::string& name, const 
 Matrix3 LocalMatrix(const ImportedNode& node) {
     if (node.matrix) return *node.matrix;
     return ScaleMatrix(node.scale) * node.rotation.ToMatrix() * TransMatrix(node.position);
-}
-
-std::vector<Matrix3> WorldMatrices(const ImportedScene& scene) {
-    std::vector<Matrix3> worlds;
-    for (const ImportedNode& node : scene.nodes)
-        worlds.push_back(node.parent < 0 ? LocalMatrix(node) : LocalMatrix(node) * worlds[size_t(node.parent)]);
-    return worlds;
 }
 
 bool IsSceneFile(const std::string& path) {

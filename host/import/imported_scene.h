@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "import/mesh_import.h"
+#include "materials/map_wrap.h"
 #include "sdk/color.h"
 #include "sdk/mtl.h"
 #include "sdk/object.h"
@@ -45,8 +46,9 @@ struct ImportedImage {
 struct ImportedMap {
     StdMatChannel target = ID_DI;
     int image = 0, channel = 1;
-    bool repeat = true;
+    MapWrap wrapU = kWrapRepeat, wrapV = kWrapRepeat;
     float tile[2] = {1, 1}, offset[2] = {0, 0};
+    auto operator<=>(const ImportedMap&) const = default;
 };
 
 /// A material in the terms of the standard one.
@@ -54,7 +56,14 @@ struct ImportedMaterial {
     std::string name;
     Color diffuse{1, 1, 1}, specular{1, 1, 1};
     float glossiness = 0, specularLevel = 0, selfIllum = 0, opacity = 1;
+    float opacityCutoff = 0; ///< above 0: the surface is opaque from this opacity on, and not there below it
     std::vector<ImportedMap> maps;
+    bool alphaOfDiffuse = false; ///< the diffuse map's alpha is a map of the opacity
+    bool isCoverage = false;     ///< opacity is a share of the surface: it counts for highlights too
+    bool timesMaps = false;      ///< diffuse colour and opacity are factors of their maps, which else replace them
+    /// The colours and the alpha of the mesh's vertices are factors of diffuse colour and opacity. Every mesh with the
+    /// material must have them.
+    bool vertexColors = false, vertexAlphas = false;
 };
 
 struct ImportedCamera {
@@ -70,7 +79,8 @@ struct ImportedLight {
     LightType type = OMNI_LGT;
     Color color{1, 1, 1};
     float multiplier = 1;
-    float candela = 0;              ///< above 0: the multiplier follows from it and the distance of what is lit
+    LightDecay decay = DECAY_NONE;
+    float decayStart = 1;           ///< where it decays: distance of full light
     float hotspot = 0, falloff = 0; ///< full cone angles of a spot light, degrees
 };
 
@@ -137,9 +147,9 @@ struct ImportedScene {
 /// The matrix from a file's space to the scene's.
 Matrix3 ImportMatrix(const ImportOptions& options);
 
-/// Brings lengths and axes into the host's scene, once: nodes, keys, meshes, skins, shapes, cameras. Cameras and lights
-/// then look down their nodes' -Z axes with +Y up. Rotations and scales stay rotations and scales. Throws Error when a
-/// position is then no finite number.
+/// Brings lengths and axes into the host's scene, once: nodes, keys, meshes, skins, shapes, cameras, lights. Cameras
+/// and lights then look down their nodes' -Z axes with +Y up. Rotations and scales stay rotations and scales. Throws
+/// Error when a position is then no finite number.
 void PlaceScene(const std::string& file, ImportedScene& scene, const ImportOptions& options);
 
 /// Throws Error when nothing of a scene can be shown: no node has faces, lines, a camera or a light.
@@ -150,8 +160,6 @@ void CheckAnimationName(const std::string& file, const std::string& name, const 
 
 /// Transform of a node within its parent at rest.
 Matrix3 LocalMatrix(const ImportedNode& node);
-/// Transforms of all nodes in the scene at rest.
-std::vector<Matrix3> WorldMatrices(const ImportedScene& scene);
 
 /// True for files that hold more than meshes (.gltf, .glb, .fbx).
 bool IsSceneFile(const std::string& path);

@@ -10,59 +10,13 @@ namespace host {
 
 namespace {
 
-// Adding zero makes a negative zero positive: equal numbers have the same bits.
 void AppendWords(std::vector<uint32_t>& out, const Point3& p) {
-    for (int k = 0; k < 3; ++k) out.push_back(std::bit_cast<uint32_t>(p[k] + 0.0f));
-}
-
-Point3 FiniteOrZero(Point3 p) {
-    for (int k = 0; k < 3; ++k)
-        if (!std::isfinite(p[k])) p[k] = 0;
-    return p;
+    uint32_t words[3];
+    RecordWelder::PutWords(p, words);
+    out.insert(out.end(), words, words + 3);
 }
 
 } // namespace
-
-int RecordWelder::Number(const uint32_t* record, bool& added) {
-    size_t slot = SlotOf(record);
-    added = slots_[slot] < 0;
-    if (!added) return slots_[slot];
-    if (size_t(count_) * 2 >= slots_.size()) {
-        Grow();
-        slot = SlotOf(record);
-    }
-    words_.insert(words_.end(), record, record + width_);
-    return slots_[slot] = count_++;
-}
-
-// Where the record is, or the free place where it belongs.
-size_t RecordWelder::SlotOf(const uint32_t* record) const {
-    uint64_t hash = 0;
-    for (size_t i = 0; i < width_; ++i) {
-        hash = (hash ^ record[i]) * 0x9E3779B97F4A7C15ull;
-        hash ^= hash >> 29;
-    }
-    const size_t mask = slots_.size() - 1;
-    for (size_t slot = size_t(hash) & mask;; slot = (slot + 1) & mask) {
-        const int i = slots_[slot];
-        if (i < 0 || std::equal(record, record + width_, &words_[size_t(i) * width_])) return slot;
-    }
-}
-
-void RecordWelder::Grow() {
-    slots_.assign(slots_.size() * 2, -1);
-    for (int i = 0; i < count_; ++i) slots_[SlotOf(&words_[size_t(i) * width_])] = i;
-}
-
-int PartMeshBuilder::Channel::Put(const Point3& p) {
-    const Point3 finite = FiniteOrZero(p);
-    std::vector<uint32_t> words;
-    AppendWords(words, finite);
-    bool added = false;
-    const int number = welder.Number(words.data(), added);
-    if (added) map.tv.push_back(finite);
-    return number;
-}
 
 void PartMeshBuilder::CheckPart(const MeshPart& part) const {
     for (const std::vector<int>& polygon : part.polygons)
@@ -133,11 +87,10 @@ void PartMeshBuilder::NumberVertices(const MeshPart& part) {
 }
 
 int PartMeshBuilder::NormalId(const Point3& normal, int vertex) {
-    std::vector<uint32_t> words;
-    AppendWords(words, normal);
-    words.push_back(isMoved_ ? uint32_t(vertex) : 0);
+    uint32_t words[4] = {0, 0, 0, isMoved_ ? uint32_t(vertex) : 0};
+    RecordWelder::PutWords(normal, words);
     bool added = false;
-    const int number = normalWelder_.Number(words.data(), added);
+    const int number = normalWelder_.Number(words, added);
     if (added) specNormals_.normals.push_back(normal);
     return number;
 }
@@ -183,9 +136,9 @@ void PartMeshBuilder::AddFace(const MeshPart& part, const std::array<int, 3>& co
             } else if (size_t(number) <= part.maps.size() && !part.maps[size_t(number) - 1].empty()) {
                 value = part.maps[size_t(number) - 1][v];
             }
-            map.t[k] = channel.Put(value);
+            map.t[k] = channel.values.Number(FiniteOrZero(value));
         }
-        channel.map.tf.push_back(map);
+        channel.faces.push_back(map);
     }
     out_.mesh.faces.push_back(face);
     normals_.push_back(normals);
@@ -202,7 +155,8 @@ SceneMesh PartMeshBuilder::Finish(const std::vector<std::string>& morphNames) {
         SmoothByNormals(out_.mesh, normals_);
         out_.mesh.specNormals = std::move(specNormals_);
     }
-    for (auto& [number, channel] : channels_) out_.mesh.maps[number] = std::move(channel.map);
+    for (auto& [number, channel] : channels_)
+        out_.mesh.maps[number] = {std::move(channel.values.points), std::move(channel.faces)};
     for (size_t m = 0; m < morphs_; ++m)
         out_.morphs[m].name =
             m < morphNames.size() && !morphNames[m].empty() ? morphNames[m] : "target_" + std::to_string(m + 1);

@@ -9,6 +9,7 @@
 
 #include "import/imported_scene.h"
 #include "import/mesh_build.h"
+#include "import/record_welder.h"
 
 namespace host {
 
@@ -27,22 +28,6 @@ struct MeshPart {
     int material = -1;                                      ///< of the scene
 };
 
-/// Equal records of words have the same number.
-class RecordWelder {
-public:
-    explicit RecordWelder(size_t width) : width_(width), slots_(64, -1) {}
-    /// The number of the record, from 0; `added` tells whether it is new.
-    int Number(const uint32_t* record, bool& added);
-
-private:
-    size_t SlotOf(const uint32_t* record) const;
-    void Grow();
-    size_t width_;
-    std::vector<uint32_t> words_;
-    std::vector<int> slots_; ///< a power of two of them, at most half full; -1: free
-    int count_ = 0;
-};
-
 /// Puts parts together. Vertices at the same position that move alike become one; mapping vertices and normals keep
 /// their own indices and are welded likewise. Faces become fans. Without normals faces are flat.
 class PartMeshBuilder {
@@ -58,9 +43,8 @@ public:
 private:
     // A mapping channel in work.
     struct Channel {
-        MeshMap map;
-        RecordWelder welder{3};
-        int Put(const Point3& p);
+        PointWelder values;
+        std::vector<TVFace> faces;
     };
     void CheckPart(const MeshPart& part) const;
     void CountSets();

@@ -16,7 +16,8 @@ BlockClassDesc<BitmapMap>& Desc() {
         HostMap::WithShared({NamedParam(kBitmapFile, "file", TYPE_STRING, 0), BoolParam(kBitmapRaw, "raw", false),
                              IntParam(kBitmapWrapU, "wrapU", kWrapRepeat, kWrapRepeat, kWrapClamp),
                              IntParam(kBitmapWrapV, "wrapV", kWrapRepeat, kWrapRepeat, kWrapClamp),
-                             IntParam(kBitmapFilter, "filter", kFilterPyramid, kFilterNone, kFilterSummedArea)}));
+                             IntParam(kBitmapFilter, "filter", kFilterPyramid, kFilterNone, kFilterSummedArea),
+                             IntParam(kBitmapMono, "mono", kMonoIntensity, kMonoIntensity, kMonoAlpha)}));
     return desc;
 }
 
@@ -34,6 +35,7 @@ BitmapMap::BitmapMap() {
 void BitmapMap::ReadParams(IParamBlock2& block) {
     wrap_ = {block.GetInt(kBitmapWrapU, Time()), block.GetInt(kBitmapWrapV, Time())};
     filter_ = block.GetInt(kBitmapFilter, Time());
+    alphaCounts_ = block.GetInt(kBitmapMono, Time()) == kMonoAlpha;
     const std::string file = block.GetStr(kBitmapFile);
     const bool raw = block.GetInt(kBitmapRaw, Time()) != 0;
     if (file != file_ || raw != raw_) Load(file, raw);
@@ -66,7 +68,7 @@ void BitmapMap::PrepareFilter() {
         sums_ = std::make_shared<const SummedArea>(*image_);
 }
 
-AColor BitmapMap::Evaluate(const MapPoint& p) const {
+AColor BitmapMap::Evaluate(ShadeContext&, const MapPoint& p) const {
     if (!image_) return AColor(0, 0, 0, 1);
     const bool region = p.across.x > 0.0f || p.across.y > 0.0f;
     if (region && filter_ == kFilterPyramid) return pyramid_->At(*image_, p.at.x, p.at.y, p.across, wrap_);

@@ -18,7 +18,11 @@ enum BitmapParam : ParamID {
     kBitmapWrapU,  ///< MapWrap
     kBitmapWrapV,  ///< MapWrap
     kBitmapFilter, ///< BitmapFilter
+    kBitmapMono,   ///< BitmapMono
 };
+
+/// What of a picture counts where one number is wanted.
+enum BitmapMono { kMonoIntensity, kMonoAlpha };
 
 /// What regions larger than a pixel of the picture look like.
 enum BitmapFilter {
@@ -41,7 +45,8 @@ public:
 
 private:
     /// Black without a picture.
-    AColor Evaluate(const MapPoint& p) const override;
+    AColor Evaluate(ShadeContext& sc, const MapPoint& p) const override;
+    float Mono(const AColor& c) const override { return alphaCounts_ ? c.a : HostMap::Mono(c); }
     float Grain() const override;
     void ReadParams(IParamBlock2& block) override;
     void Load(const std::string& file, bool raw);
@@ -51,7 +56,7 @@ private:
     std::shared_ptr<const ImagePyramid> pyramid_;
     std::shared_ptr<const SummedArea> sums_;
     std::string file_, error_;
-    bool raw_ = false;
+    bool raw_ = false, alphaCounts_ = false;
     int filter_ = kFilterPyramid;
     ImageWrap wrap_;
 };

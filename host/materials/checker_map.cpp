@@ -10,9 +10,11 @@ namespace host {
 namespace {
 
 BlockClassDesc<CheckerMap>& Desc() {
-    static BlockClassDesc<CheckerMap> desc("Checker", "checkerMap", TEXMAP_CLASS_ID, CHECKER_CLASS_ID,
-                                           HostMap::WithShared({ColorParam(kCheckerColor1, "color1", {0, 0, 0}),
-                                                                ColorParam(kCheckerColor2, "color2", {1, 1, 1})}));
+    static BlockClassDesc<CheckerMap> desc(
+        "Checker", "checkerMap", TEXMAP_CLASS_ID, CHECKER_CLASS_ID,
+        HostMap::WithShared({ColorParam(kCheckerColor1, "color1", {0, 0, 0}),
+                             ColorParam(kCheckerColor2, "color2", {1, 1, 1}), MapInputs::MapParam(kCheckerMap1, "map1"),
+                             MapInputs::MapParam(kCheckerMap2, "map2")}));
     return desc;
 }
 
@@ -37,20 +39,14 @@ ClassDesc* CheckerMapDesc() {
     return &Desc();
 }
 
-CheckerMap::CheckerMap() {
+CheckerMap::CheckerMap() : BlendMap({{kCheckerColor1, kCheckerMap1}, {kCheckerColor2, kCheckerMap2}}) {
     Desc().MakeAutoParamBlocks(this);
     Refresh();
 }
 
-void CheckerMap::ReadParams(IParamBlock2& block) {
-    colors_[0] = block.GetColor(kCheckerColor1, Time());
-    colors_[1] = block.GetColor(kCheckerColor2, Time());
-}
-
-AColor CheckerMap::Evaluate(const MapPoint& p) const {
+InputBlend CheckerMap::BlendAt(const MapPoint& p) const {
     const float u = UpperShare(p.at.x, p.across.x), v = UpperShare(p.at.y, p.across.y);
-    const float second = u * (1.0f - v) + v * (1.0f - u);
-    return AColor(colors_[0] * (1.0f - second) + colors_[1] * second);
+    return {0, 1, u * (1.0f - v) + v * (1.0f - u)};
 }
 
 RefTargetHandle CheckerMap::Clone(RemapDir& remap) {

@@ -1,16 +1,16 @@
 #pragma once
 // The checker map.
 
-#include "materials/host_map.h"
+#include "materials/blend_map.h"
 
 namespace host {
 
 // Parameters of the checker map, beside MapCoordParam and MapOutputParam.
-enum CheckerParam : ParamID { kCheckerColor1, kCheckerColor2 };
+enum CheckerParam : ParamID { kCheckerColor1, kCheckerColor2, kCheckerMap1, kCheckerMap2 };
 
 /// Two by two squares a repetition: the first colour where u and v both lie in the lower, or both in the upper half.
-/// Regions get the colours' shares of their area.
-class CheckerMap : public HostMap {
+/// Regions get the colours' shares of their area. Maps may take the colours' places.
+class CheckerMap : public BlendMap {
 public:
     CheckerMap();
     ~CheckerMap() override { DeleteAllRefs(); }
@@ -19,9 +19,7 @@ public:
     RefTargetHandle Clone(RemapDir& remap) override;
 
 private:
-    AColor Evaluate(const MapPoint& p) const override;
-    void ReadParams(IParamBlock2& block) override;
-    Color colors_[2];
+    InputBlend BlendAt(const MapPoint& p) const override;
 };
 
 ClassDesc* CheckerMapDesc();

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "materials/host_map.h"
+#include "materials/blend_map.h"
 
 namespace host {
 
@@ -15,6 +15,7 @@ enum GradientParam : ParamID {
     kGradientCount,         ///< keys in use
     kGradientPosition = 20, ///< of key i: kGradientPosition + i, 0..1
     kGradientColor = 60,    ///< of key i: kGradientColor + i
+    kGradientMap = 140,     ///< in place of the colour of key i: kGradientMap + i
 };
 
 enum GradientType {
@@ -28,8 +29,8 @@ enum GradientInterpolation {
 };
 
 /// Colours at places between 0 and 1 and what lies between them. Before the first key its colour, after the last key
-/// its colour; of keys at one place the last one counts from there on.
-class GradientMap : public HostMap {
+/// its colour; of keys at one place the last one counts from there on. Maps may take the colours' places.
+class GradientMap : public BlendMap {
 public:
     static constexpr int kMostKeys = 32;
 
@@ -38,15 +39,16 @@ public:
     Class_ID ClassID() override { return GRADIENT_RAMP_CLASS_ID; }
     void GetClassName(TSTR& s) override { s = "Gradient Ramp"; }
     RefTargetHandle Clone(RemapDir& remap) override;
-    /// The ramp's colour at a place.
+    /// The ramp's colour at a place, without maps.
     Color ColorAt(float place) const;
 
 private:
     struct Key {
         float position = 0;
-        Color color;
+        int input = 0;
     };
-    AColor Evaluate(const MapPoint& p) const override;
+    InputBlend BlendAt(const MapPoint& p) const override;
+    InputBlend BlendOf(float place) const;
     void ReadParams(IParamBlock2& block) override;
 
     std::array<Key, kMostKeys> keys_; ///< by position

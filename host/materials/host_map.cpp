@@ -19,19 +19,19 @@ void HostMap::Refresh() {
 }
 
 AColor HostMap::EvalColor(ShadeContext& sc) {
-    return output_.Apply(Evaluate({coords_.At(sc), coords_.Footprint(sc)}));
+    return output_.Apply(Evaluate(sc, {coords_.At(sc), coords_.Footprint(sc)}));
 }
 
 Point3 HostMap::EvalNormalPerturb(ShadeContext& sc) {
-    Point3 directions[2], changes[2], out;
-    if (!coords_.Along(sc, directions, changes)) return out;
     const MapPoint here{coords_.At(sc), coords_.Footprint(sc)};
+    Point3 directions[2], changes[2], out = InputRelief(sc, here) * output_.Slope();
+    if (!coords_.Along(sc, directions, changes)) return out;
     const float step = std::max(Grain(), 0.5f * std::max(here.across.x, here.across.y));
     for (int i = 0; i < 2; ++i) {
         const float speed = Length(changes[i]);
         if (!(speed > 0.0f)) continue;
         const Point3 aside = changes[i] * (step / speed);
-        const float rise = HeightAt({here.at + aside, here.across}) - HeightAt({here.at - aside, here.across});
+        const float rise = HeightAt(sc, {here.at + aside, here.across}) - HeightAt(sc, {here.at - aside, here.across});
         out = out - directions[i] * (rise * speed / (2.0f * step));
     }
     return out;

@@ -18,6 +18,7 @@ struct MapPoint {
 class HostMap : public BlockOwner<Texmap, 0> {
 public:
     AColor EvalColor(ShadeContext& sc) override;
+    float EvalMono(ShadeContext& sc) override { return Mono(EvalColor(sc)); }
     /// By central differences, a grain or half a pixel to each side.
     Point3 EvalNormalPerturb(ShadeContext& sc) override;
 
@@ -26,7 +27,11 @@ public:
 
 protected:
     /// The colour before adjustments.
-    virtual AColor Evaluate(const MapPoint& p) const = 0;
+    virtual AColor Evaluate(ShadeContext& sc, const MapPoint& p) const = 0;
+    /// The number that a colour of the map stands for.
+    virtual float Mono(const AColor& c) const { return Intens(Color(c)); }
+    /// Relief, before adjustments, of other maps that show at the point.
+    virtual Point3 InputRelief(ShadeContext& sc, const MapPoint& p) const { return {}; }
     /// Size of the smallest detail in units of the coordinates, above 0.
     virtual float Grain() const { return 1.0f / 512.0f; }
     /// Takes the class's own parameters over.
@@ -34,7 +39,7 @@ protected:
     void Refresh() final;
 
 private:
-    float HeightAt(const MapPoint& p) const { return Intens(Color(output_.Apply(Evaluate(p)))); }
+    float HeightAt(ShadeContext& sc, const MapPoint& p) const { return Mono(output_.Apply(Evaluate(sc, p))); }
 
     MapCoords coords_;
     MapOutput output_;

@@ -21,14 +21,16 @@ void MapOutput::Read(IParamBlock2& block, TimeValue t) {
 }
 
 AColor MapOutput::Apply(AColor c) const {
-    for (float* const v : {&c.r, &c.g, &c.b}) {
-        if (invert) *v = 1.0f - *v;
-        *v = (*v * level + offset) * amount;
-    }
+    for (float* const v : {&c.r, &c.g, &c.b}) *v = Apply(*v);
     c.a *= amount;
-    if (clamp)
-        for (float* const v : {&c.r, &c.g, &c.b, &c.a}) *v = std::clamp(*v, 0.0f, 1.0f);
+    if (clamp) c.a = std::clamp(c.a, 0.0f, 1.0f);
     return c;
+}
+
+float MapOutput::Apply(float v) const {
+    if (invert) v = 1.0f - v;
+    v = (v * level + offset) * amount;
+    return clamp ? std::clamp(v, 0.0f, 1.0f) : v;
 }
 
 } // namespace host

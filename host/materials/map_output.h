@@ -22,6 +22,10 @@ struct MapOutput {
     static std::vector<ParamDef> Params();
     void Read(IParamBlock2& block, TimeValue t);
     AColor Apply(AColor c) const;
+    /// The same for a number.
+    float Apply(float v) const;
+    /// How much a number's change makes of it, where nothing is clamped.
+    float Slope() const { return (invert ? -level : level) * amount; }
 };
 
 } // namespace host

@@ -18,7 +18,8 @@ BlockClassDesc<NoiseMap>& Desc() {
              IntParam(kNoiseType, "noiseType", kNoiseRegular, kNoiseRegular, kNoiseTurbulence),
              FloatParam(kNoiseSize, "size", 1, 1e-6f, kHuge), FloatParam(kNoiseLevels, "levels", 3, 1, 10),
              FloatParam(kNoiseLow, "low", 0, 0, 1), FloatParam(kNoiseHigh, "high", 1, 0, 1),
-             FloatParam(kNoisePhase, "phase", 0, -kHuge, kHuge)}));
+             FloatParam(kNoisePhase, "phase", 0, -kHuge, kHuge), MapInputs::MapParam(kNoiseMap1, "map1"),
+             MapInputs::MapParam(kNoiseMap2, "map2")}));
     return desc;
 }
 
@@ -28,14 +29,13 @@ ClassDesc* NoiseMapDesc() {
     return &Desc();
 }
 
-NoiseMap::NoiseMap() {
+NoiseMap::NoiseMap() : BlendMap({{kNoiseColor1, kNoiseMap1}, {kNoiseColor2, kNoiseMap2}}) {
     Desc().MakeAutoParamBlocks(this);
     Refresh();
 }
 
 void NoiseMap::ReadParams(IParamBlock2& block) {
-    colors_[0] = block.GetColor(kNoiseColor1, Time());
-    colors_[1] = block.GetColor(kNoiseColor2, Time());
+    BlendMap::ReadParams(block);
     type_ = block.GetInt(kNoiseType, Time());
     size_ = block.GetFloat(kNoiseSize, Time());
     levels_ = block.GetFloat(kNoiseLevels, Time());
@@ -58,11 +58,10 @@ float NoiseMap::ValueAt(const Point3& at) const {
     return type_ == kNoiseTurbulence ? sum / total : 0.5f + 0.5f * sum / total;
 }
 
-AColor NoiseMap::Evaluate(const MapPoint& p) const {
+InputBlend NoiseMap::BlendAt(const MapPoint& p) const {
     const float value = ValueAt(p.at);
     // Where both thresholds are the same, a hard edge.
-    const float share = high_ > low_ ? std::clamp((value - low_) / (high_ - low_), 0.0f, 1.0f) : float(value >= low_);
-    return AColor(colors_[0] * (1.0f - share) + colors_[1] * share);
+    return {0, 1, high_ > low_ ? std::clamp((value - low_) / (high_ - low_), 0.0f, 1.0f) : float(value >= low_)};
 }
 
 RefTargetHandle NoiseMap::Clone(RemapDir& remap) {

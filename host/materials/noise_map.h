@@ -1,7 +1,7 @@
 #pragma once
 // The noise map.
 
-#include "materials/host_map.h"
+#include "materials/blend_map.h"
 
 namespace host {
 
@@ -15,6 +15,8 @@ enum NoiseParam : ParamID {
     kNoiseLow,    ///< noise at or below this gives the first colour, 0..1
     kNoiseHigh,   ///< noise at or above this gives the second colour, 0..1
     kNoisePhase,  ///< fourth coordinate: change it over time and the pattern boils
+    kNoiseMap1,   ///< in place of the first colour
+    kNoiseMap2,
 };
 
 enum NoiseType {
@@ -23,8 +25,8 @@ enum NoiseType {
     kNoiseTurbulence, ///< that mean of the octaves' absolute values
 };
 
-/// Solid noise over the three coordinates, mixed from two colours.
-class NoiseMap : public HostMap {
+/// Solid noise over the three coordinates, mixed from two colours or the maps in their places.
+class NoiseMap : public BlendMap {
 public:
     NoiseMap();
     ~NoiseMap() override { DeleteAllRefs(); }
@@ -35,11 +37,10 @@ public:
     float ValueAt(const Point3& at) const;
 
 private:
-    AColor Evaluate(const MapPoint& p) const override;
+    InputBlend BlendAt(const MapPoint& p) const override;
     float Grain() const override { return size_ / 64.0f; }
     void ReadParams(IParamBlock2& block) override;
 
-    Color colors_[2];
     int type_ = kNoiseRegular;
     float size_ = 1, levels_ = 3, low_ = 0, high_ = 1, phase_ = 0;
 };

@@ -24,7 +24,8 @@ std::vector<ParamDef> OwnParams() {
                                  FloatParam(kStdOpacity, "opacity", 1, 0, 1),
                                  BoolParam(kStdSelfIllumColorOn, "useSelfIllumColor", false),
                                  ColorParam(kStdSelfIllumColor, "selfIllumColor", {0, 0, 0}),
-                                 BoolParam(kStdTwoSided, "twoSided", true)};
+                                 BoolParam(kStdTwoSided, "twoSided", true),
+                                 FloatParam(kStdOpacityCutoff, "opacityCutoff", 0, 0, 1)};
     for (int c = 0; c < ID_NUM_CHANNELS; ++c) {
         if (!kChannelNames[c]) continue;
         const std::string name = kChannelNames[c];
@@ -40,6 +41,13 @@ std::vector<ParamDef> OwnParams() {
 BlockClassDesc<StdMtl>& Desc() {
     static BlockClassDesc<StdMtl> desc("Standard", "standardMaterial", MATERIAL_CLASS_ID, DMTL_CLASS_ID, OwnParams());
     return desc;
+}
+
+/// As if the surface were not there.
+void ShowNothing(ShadeContext& sc) {
+    sc.out.c = Color();
+    sc.out.t = {1, 1, 1};
+    sc.out.flags |= SHADEOUT_NOTHING;
 }
 
 /// Gives a context the normal of a relief for a scope.
@@ -141,6 +149,7 @@ void StdMtl::Refresh() {
     values_.specLevel = block->GetFloat(kStdSpecularLevel, t);
     values_.selfIllum = block->GetFloat(kStdSelfIllum, t);
     values_.opacity = block->GetFloat(kStdOpacity, t);
+    values_.opacityCutoff = block->GetFloat(kStdOpacityCutoff, t);
     for (int c = 0; c < ID_NUM_CHANNELS; ++c) {
         if (!TakesMap(c)) continue;
         mapOn_[c] = block->GetInt(ParamID(kStdMapOn + c), t) != 0;
@@ -187,6 +196,7 @@ void StdMtl::FillIllumParams(ShadeContext& sc, IllumParams& ip) {
     ip.selfIllum = values_.selfIllumColorOn ? values_.selfIllumColor : Color(own, own, own);
     if (Shader* const shader = GetShader()) shader->GetIllumParams(sc, ip);
     if (active_ != 0 && sc.doMaps) ApplyMaps(sc, ip);
+    ip.opacity = CutOff(ip.opacity);
 }
 
 void StdMtl::ApplyMaps(ShadeContext& sc, IllumParams& ip) const {
@@ -215,15 +225,11 @@ void StdMtl::Shade(ShadeContext& sc) {
         sc.out.t = ShadowTransparency(sc);
         return;
     }
-    if (sc.backFace && !values_.twoSided) {
-        sc.out.c = Color();
-        sc.out.t = {1, 1, 1};
-        sc.out.flags |= SHADEOUT_NOTHING;
-        return;
-    }
+    if (sc.backFace && !values_.twoSided) return ShowNothing(sc);
     const TiltedNormal normal(sc, ActiveMap(sc, ID_BU), mapAmount_[ID_BU]);
     IllumParams ip;
     FillIllumParams(sc, ip);
+    if (values_.opacityCutoff > 0.0f && ip.opacity == 0.0f) return ShowNothing(sc);
     Illuminate(sc, ip);
     sc.out.c = ip.finalC;
     sc.out.t = ip.finalT;
@@ -232,7 +238,7 @@ void StdMtl::Shade(ShadeContext& sc) {
 Color StdMtl::ShadowTransparency(ShadeContext& sc) {
     // In shadow mode the context looks towards the light: it sees the front of what faces away from it.
     if (!values_.twoSided && sc.mode == SCMODE_SHADOW && !sc.backFace) return {1, 1, 1};
-    const float clear = 1.0f - NumberOf(sc, ID_OP, values_.opacity);
+    const float clear = 1.0f - CutOff(NumberOf(sc, ID_OP, values_.opacity));
     return {clear, clear, clear};
 }
 

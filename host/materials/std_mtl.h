@@ -20,6 +20,7 @@ enum StdMtlParam : ParamID {
     kStdSelfIllumColorOn, ///< self-illumination is a colour that is added, instead of a share
     kStdSelfIllumColor,
     kStdTwoSided,       ///< off: faces are there on their front side only
+    kStdOpacityCutoff,  ///< above 0: surfaces are opaque where their opacity is at least this, and not there elsewhere
     kStdMapAmount = 20, ///< of StdMatChannel c: kStdMapAmount + c; bump: height of white in scene units
     kStdMapOn = 40,     ///< of StdMatChannel c: kStdMapOn + c
 };
@@ -49,13 +50,13 @@ public:
     void SetReference(int i, RefTargetHandle target) override;
 
     /// In shadow mode (SCMODE_SHADOW) black and the transparency, without lights. Where a one-sided material shows
-    /// its back: black, transparent, SHADEOUT_NOTHING.
+    /// its back, and where the opacity is below the cutoff: black, transparent, SHADEOUT_NOTHING.
     void Shade(ShadeContext& sc) override;
     Color GetAmbient(int, bool) override { return values_.lockAmbient ? values_.diffuse : values_.ambient; }
     Color GetDiffuse(int, bool) override { return values_.diffuse; }
     Color GetSpecular(int, bool) override { return values_.specular; }
     float GetShininess(int, bool) override { return values_.glossiness; }
-    float GetXParency(int, bool) override { return 1.0f - values_.opacity; }
+    float GetXParency(int, bool) override { return 1.0f - CutOff(values_.opacity); }
     /// What is one-sided throws shadows where its front faces the light.
     Color ShadowTransparency(ShadeContext& sc) override;
     RefTargetHandle Clone(RemapDir& remap) override;
@@ -65,7 +66,7 @@ private:
     struct Values {
         Color ambient, diffuse, specular, selfIllumColor;
         bool lockAmbient = true, selfIllumColorOn = false, twoSided = true;
-        float glossiness = 0, specLevel = 0, selfIllum = 0, opacity = 1;
+        float glossiness = 0, specLevel = 0, selfIllum = 0, opacity = 1, opacityCutoff = 0;
     };
     void UpdateReferences(TimeValue t, Interval& valid) override;
     void Refresh() override;
@@ -77,6 +78,9 @@ private:
     }
     Color ColorOf(ShadeContext& sc, int channel, const Color& value) const;
     float NumberOf(ShadeContext& sc, int channel, float value) const;
+    float CutOff(float opacity) const {
+        return values_.opacityCutoff > 0.0f ? float(opacity >= values_.opacityCutoff) : opacity;
+    }
     void FillIllumParams(ShadeContext& sc, IllumParams& ip);
     void ApplyMaps(ShadeContext& sc, IllumParams& ip) const;
     void Illuminate(ShadeContext& sc, IllumParams& ip);

@@ -13,8 +13,8 @@ namespace {
 constexpr float kRadians = float(std::numbers::pi) / 180.0f;
 
 template <class M>
-BlockClassDesc<M>& DescOf(const char* name, const char* internalName, Class_ID id, std::vector<ParamDef> params) {
-    static BlockClassDesc<M> desc(name, internalName, OSM_CLASS_ID, id, std::move(params));
+BlockClassDesc<M>& DescOf(const char* internalName, std::vector<ParamDef> params) {
+    static BlockClassDesc<M> desc(M::kName, internalName, OSM_CLASS_ID, M::kClass, std::move(params));
     return desc;
 }
 
@@ -61,25 +61,22 @@ private:
 };
 
 ClassDesc2* XFormDesc() {
-    return &DescOf<XFormModifier>("XForm", "xform", XFORM_CLASS_ID,
-                                  {PointParam(XFormModifier::kPosition, "position", {0, 0, 0}),
-                                   PointParam(XFormModifier::kRotation, "rotation", {0, 0, 0}),
-                                   PointParam(XFormModifier::kScale, "scale", {1, 1, 1}),
-                                   PointParam(XFormModifier::kCenter, "center", {0, 0, 0})});
+    return &DescOf<XFormModifier>("xform", {PointParam(XFormModifier::kPosition, "position", {0, 0, 0}),
+                                            PointParam(XFormModifier::kRotation, "rotation", {0, 0, 0}),
+                                            PointParam(XFormModifier::kScale, "scale", {1, 1, 1}),
+                                            PointParam(XFormModifier::kCenter, "center", {0, 0, 0})});
 }
 
 ClassDesc2* BendDesc() {
-    return &DescOf<BendModifier>("Bend", "bend", BEND_CLASS_ID,
-                                 {FloatParam(BendModifier::kAngle, "angle", 0, -kHuge, kHuge),
-                                  FloatParam(BendModifier::kDirection, "direction", 0, -kHuge, kHuge)});
+    return &DescOf<BendModifier>("bend", {FloatParam(BendModifier::kAngle, "angle", 0, -kHuge, kHuge),
+                                          FloatParam(BendModifier::kDirection, "direction", 0, -kHuge, kHuge)});
 }
 
 ClassDesc2* NoiseDesc() {
-    return &DescOf<NoiseModifier>("Noise", "noise", NOISE_CLASS_ID,
-                                  {PointParam(NoiseModifier::kStrength, "strength", {0, 0, 0}),
-                                   FloatParam(NoiseModifier::kWaveSize, "scale", 1, 1e-6f, kHuge),
-                                   FloatParam(NoiseModifier::kPhase, "phase", 0, -kHuge, kHuge),
-                                   IntParam(NoiseModifier::kSeed, "seed", 0, 0, 1000000)});
+    return &DescOf<NoiseModifier>("noise", {PointParam(NoiseModifier::kStrength, "strength", {0, 0, 0}),
+                                            FloatParam(NoiseModifier::kWaveSize, "scale", 1, 1e-6f, kHuge),
+                                            FloatParam(NoiseModifier::kPhase, "phase", 0, -kHuge, kHuge),
+                                            IntParam(NoiseModifier::kSeed, "seed", 0, 0, 1000000)});
 }
 
 } // namespace
@@ -126,27 +123,6 @@ NoiseModifier::NoiseModifier() {
 
 std::unique_ptr<Deformer> NoiseModifier::MakeDeformer(TimeValue t, const Box3&) {
     return std::make_unique<NoiseDeformer>(Point(kStrength, t), Float(kWaveSize, t), Float(kPhase, t), Int(kSeed, t));
-}
-
-namespace {
-
-template <class M, class Copy>
-RefTargetHandle Copied(Copy&& fill) {
-    auto* const copy = new M;
-    fill(*copy);
-    return copy;
-}
-
-} // namespace
-
-RefTargetHandle XFormModifier::Clone(RemapDir& remap) {
-    return Copied<XFormModifier>([&](auto& copy) { CopyBlock(copy, remap), CopySwitches(copy); });
-}
-RefTargetHandle BendModifier::Clone(RemapDir& remap) {
-    return Copied<BendModifier>([&](auto& copy) { CopyBlock(copy, remap), CopySwitches(copy); });
-}
-RefTargetHandle NoiseModifier::Clone(RemapDir& remap) {
-    return Copied<NoiseModifier>([&](auto& copy) { CopyBlock(copy, remap), CopySwitches(copy); });
 }
 
 } // namespace host

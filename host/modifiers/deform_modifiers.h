@@ -21,13 +21,12 @@ protected:
 };
 
 /// Scales, then turns (degrees about X, Y, Z), then moves, about `center`.
-class XFormModifier : public DeformModifier {
+class XFormModifier : public NamedHolder<XFormModifier, DeformModifier> {
 public:
+    static constexpr Class_ID kClass = XFORM_CLASS_ID;
+    static constexpr const char* kName = "XForm";
     enum { kPosition, kRotation, kScale, kCenter };
     XFormModifier();
-    Class_ID ClassID() override { return XFORM_CLASS_ID; }
-    const char* GetObjectName() override { return "XForm"; }
-    RefTargetHandle Clone(RemapDir& remap) override;
 
 protected:
     std::unique_ptr<Deformer> MakeDeformer(TimeValue t, const Box3& box) override;
@@ -35,13 +34,12 @@ protected:
 
 /// Bends what stands along Z round an arc of `angle` degrees over the height of the points' box, toward `direction`
 /// (degrees from X about Z). The plane z = 0 stays.
-class BendModifier : public DeformModifier {
+class BendModifier : public NamedHolder<BendModifier, DeformModifier> {
 public:
+    static constexpr Class_ID kClass = BEND_CLASS_ID;
+    static constexpr const char* kName = "Bend";
     enum { kAngle, kDirection };
     BendModifier();
-    Class_ID ClassID() override { return BEND_CLASS_ID; }
-    const char* GetObjectName() override { return "Bend"; }
-    RefTargetHandle Clone(RemapDir& remap) override;
 
 protected:
     std::unique_ptr<Deformer> MakeDeformer(TimeValue t, const Box3& box) override;
@@ -49,13 +47,12 @@ protected:
 
 /// Moves points by the host's 3-D noise times `strength`, with waves of the size `scale`; `phase` moves through the
 /// noise, `seed` starts elsewhere.
-class NoiseModifier : public DeformModifier {
+class NoiseModifier : public NamedHolder<NoiseModifier, DeformModifier> {
 public:
+    static constexpr Class_ID kClass = NOISE_CLASS_ID;
+    static constexpr const char* kName = "Noise";
     enum { kStrength, kWaveSize, kPhase, kSeed };
     NoiseModifier();
-    Class_ID ClassID() override { return NOISE_CLASS_ID; }
-    const char* GetObjectName() override { return "Noise"; }
-    RefTargetHandle Clone(RemapDir& remap) override;
 
 protected:
     std::unique_ptr<Deformer> MakeDeformer(TimeValue t, const Box3& box) override;

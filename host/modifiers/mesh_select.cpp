@@ -147,11 +147,4 @@ void MeshSelect::ModifyObject(TimeValue t, ModContext& mc, ObjectState* os, INod
     }
 }
 
-RefTargetHandle MeshSelect::Clone(RemapDir& remap) {
-    auto* const copy = new MeshSelect;
-    CopyBlock(*copy, remap);
-    CopySwitches(*copy);
-    return copy;
-}
-
 } // namespace host

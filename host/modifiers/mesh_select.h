@@ -65,19 +65,18 @@ private:
 };
 
 /// Puts a selection, its level, soft selection weights and named face sets on a mesh.
-class MeshSelect : public BlockHolder<Modifier>, public IMeshSelect {
+class MeshSelect : public NamedHolder<MeshSelect, BlockHolder<Modifier>>, public IMeshSelect {
 public:
+    static constexpr Class_ID kClass = MESHSELECT_CLASS_ID;
+    static constexpr const char* kName = "Mesh Select";
     enum { kLevel, kSoft, kFalloff, kPinch, kBubble };
     MeshSelect();
-    Class_ID ClassID() override { return MESHSELECT_CLASS_ID; }
-    const char* GetObjectName() override { return "Mesh Select"; }
     void* GetInterface(uint32_t id) override { return id == I_MESHSELECT ? static_cast<IMeshSelect*>(this) : nullptr; }
     Class_ID InputType() override { return triObjectClassID; }
     ChannelMask ChannelsUsed() override;
     ChannelMask ChannelsChanged() override { return SELECT_CHANNEL | SUBSEL_TYPE_CHANNEL; }
     Interval LocalValidity(TimeValue t) override { return ParamValidity(t); }
     void ModifyObject(TimeValue t, ModContext& mc, ObjectState* os, INode* node) override;
-    RefTargetHandle Clone(RemapDir& remap) override;
 
     uint32_t GetSelLevel() override { return uint32_t(Int(kLevel, 0)); }
     void SetSelLevel(uint32_t level) override { Params()->SetValue(kLevel, 0, int(level)); }

@@ -40,13 +40,6 @@ void SmoothModifier::ModifyObject(TimeValue t, ModContext&, ObjectState* os, INo
     for (Face& f : mesh.faces) f.smGroup = mode == 1 ? 1u : 0u;
 }
 
-RefTargetHandle SmoothModifier::Clone(RemapDir& remap) {
-    auto* const copy = new SmoothModifier;
-    CopyBlock(*copy, remap);
-    CopySwitches(*copy);
-    return copy;
-}
-
 void FlipFaces(Mesh& mesh, const BitArray& faces) {
     MeshNormals& normals = mesh.specNormals;
     const size_t own = normals.normals.size(); // normals may be shared with faces that stay: the turned ones are added

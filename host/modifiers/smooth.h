@@ -15,18 +15,17 @@ void FlipFaces(Mesh& mesh, const BitArray& faces);
 
 /// Smoothing groups by angle (`angle`, degrees), or one group for all faces or none (`mode` 0 angle, 1 all, 2 none).
 /// Explicit normals go.
-class SmoothModifier : public BlockHolder<Modifier> {
+class SmoothModifier : public NamedHolder<SmoothModifier, BlockHolder<Modifier>> {
 public:
+    static constexpr Class_ID kClass = SMOOTH_CLASS_ID;
+    static constexpr const char* kName = "Smooth";
     enum { kAngle, kMode };
     SmoothModifier();
-    Class_ID ClassID() override { return SMOOTH_CLASS_ID; }
-    const char* GetObjectName() override { return "Smooth"; }
     Class_ID InputType() override { return triObjectClassID; }
     ChannelMask ChannelsUsed() override;
     ChannelMask ChannelsChanged() override { return TOPO_CHANNEL | GEOM_CHANNEL; }
     Interval LocalValidity(TimeValue t) override { return ParamValidity(t); }
     void ModifyObject(TimeValue t, ModContext& mc, ObjectState* os, INode* node) override;
-    RefTargetHandle Clone(RemapDir& remap) override;
 };
 
 /// Turns all faces round, or the selected ones where the mesh is at face level.

@@ -9,6 +9,7 @@
 #include "materials/checker_map.h"
 #include "materials/gradient_map.h"
 #include "materials/multi_mtl.h"
+#include "materials/multiply_map.h"
 #include "materials/noise_map.h"
 #include "materials/shaders.h"
 #include "materials/std_mtl.h"
@@ -48,7 +49,7 @@ void RegisterRenderClasses(Core& core) {
     Light::SetDescFactory(MakeLightDesc);
     for (ClassDesc* const desc :
          {ScanRendererDesc(), StdMtlDesc(), MultiMtlDesc(), BlinnShaderDesc(), PhongShaderDesc(), BitmapMapDesc(),
-          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc(),
+          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc(), MultiplyMapDesc(),
           static_cast<ClassDesc*>(&BrightnessContrast::Desc()), static_cast<ClassDesc*>(&ColorBalance::Desc()),
           static_cast<ClassDesc*>(&DepthFog::Desc()), static_cast<ClassDesc*>(&Blur::Desc()), NegativeFilterDesc()})
         core.Classes().Register(desc);

@@ -89,6 +89,7 @@ Color RenderContext::Transparency(const RayHit& hit, const Point3& from, const P
     if (instance.mtl) {
         SurfaceContext sc(*this);
         sc.mode = SCMODE_SHADOW;
+        sc.filterMaps = 0; // no pixel looks along a shadow ray
         sc.SetSurface(instance, hit, Normalize(direction));
         light = instance.mtl->ShadowTransparency(sc);
     }

@@ -110,6 +110,8 @@ private:
             block->SetValue(kLightHotspot, 0, from.type == SPOT_LGT ? from.hotspot : kEverywhere);
             block->SetValue(kLightFalloff, 0, from.type == SPOT_LGT ? from.falloff : kEverywhere);
         }
+        block->SetValue(kLightDecay, 0, int(from.decay));
+        block->SetValue(kLightDecayStart, 0, from.decayStart);
         context_.scene.objects.emplace(node.name, light);
         return light;
     }
@@ -126,9 +128,11 @@ private:
 
     Mtl* MaterialOf(size_t mesh) {
         const std::vector<int>& ids = scene_.meshes[mesh].materials;
-        const auto known = [&](int i) { return i < 0 ? nullptr : materials_[size_t(i)]; };
-        if (ids.size() <= 1) return ids.empty() ? nullptr : known(ids[0]);
-        if (std::all_of(ids.begin(), ids.end(), [](int i) { return i < 0; })) return nullptr;
+        const bool colored = objects_[mesh]->mesh.maps.contains(MAP_VERTCOLOR);
+        const auto known = [&](int i) { return i < 0 ? UnnamedMaterial(context_, colored) : materials_[size_t(i)]; };
+        if (std::all_of(ids.begin(), ids.end(), [](int i) { return i < 0; }))
+            return colored ? UnnamedMaterial(context_, true) : nullptr; // else the node's own colour
+        if (ids.size() == 1) return known(ids[0]);
         MultiMtl*& multi = meshMaterials_[mesh];
         if (multi) return multi;
         multi = static_cast<MultiMtl*>(context_.core.CreateInstance(MATERIAL_CLASS_ID, MULTI_CLASS_ID));

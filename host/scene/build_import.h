@@ -18,6 +18,8 @@ std::vector<Node*> BuildImport(LoadContext& context, const std::string& path, co
 
 /// Materials by their numbers; those whose names are free can be used by the rest of the scene too.
 std::vector<Mtl*> BuildImportMaterials(LoadContext& context, const std::string& path, ImportedScene& scene);
+/// For faces without a material: a matt white one, or one in the colours of the mesh's vertices.
+Mtl* UnnamedMaterial(LoadContext& context, bool vertexColors);
 /// Place and keys of a node.
 void SetImportedPlace(LoadContext& context, Node* node, const ImportedNode& from);
 /// A float controller with the keys of a track.

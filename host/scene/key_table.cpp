@@ -121,6 +121,10 @@ constexpr SceneKey kLight[] = {
     {"shadow_multiplier", kNumber, "1.0", "", "density of shadows: how much of a shadow counts", 0, 1},
     {"shadow_color", kColor, "[0, 0, 0]", "", "light that arrives in shadow"},
     {"shadow_bias", kNumber, "0.0", "", "shadows begin this far from a surface", 0, kMost},
+    {"shadow_type", kText, "\"\"", "",
+     "class name of a plug-in's shadow type, which may take more of the light than geometry does; left out: geometry "
+     "alone. [[keys]] and command lines call its parameters NAME.shadow"},
+    {"shadow_set", kParameters, "", "", "parameters of the shadow type by their own names"},
     {"affect_diffuse", kFlag, "true", "", "whether it lights surfaces"},
     {"affect_specular", kFlag, "true", "", "whether it makes highlights"},
     {"ambient_only", kFlag, "false", "", "whether it adds to the ambient light only"},
@@ -139,6 +143,8 @@ constexpr SceneKey kMaterial[] = {
     {"self_illumination", kNumber, "", "", "share of the colour that shines by itself", 0, 1},
     {"self_illumination_color", kColor, "", "", "colour that shines by itself, in place of a share"},
     {"opacity", kNumber, "", "", "1 is opaque", 0, 1},
+    {"opacity_cutoff", kNumber, "0.0", "",
+     "above 0: the surface is opaque where its opacity is at least this, and not there elsewhere", 0, 1},
     {"two_sided", kFlag, "true", "", "whether faces are there on their back side"},
     {"shader", kText, "\"blinn\"", "",
      "what makes colours of values and lights: blinn, phong, or the class name of a plug-in's shader"},
@@ -148,24 +154,28 @@ constexpr SceneKey kMaterial[] = {
      "bump tilts the normals"},
     {"map_amounts", kTexts, "", "",
      "by the same names, how much of a map counts, 0 to 1 (1 when left out); for bump the height of white over black "
-     "in "
-     "scene units (0.1 when left out)"},
+     "in scene units (0.1 when left out)"},
     {"maps_off", kNames, "[]", "", "names of maps that are switched off"},
     {"materials", kNames, "[]", "", "a multi material's materials by material id; \"\" leaves one empty"},
 };
 
 constexpr SceneKey kMap[] = {
     {"name", kText, "", "", "name of the map"},
-    {"type", kChoice, "\"bitmap\"", "", "kind of map", 0, 0, "bitmap|checker|noise|gradient|vertex_color"},
+    {"type", kChoice, "\"bitmap\"", "", "kind of map", 0, 0, "bitmap|checker|noise|gradient|vertex_color|multiply"},
     {"file", kText, "", "", "a bitmap's picture"},
     {"raw", kFlag, "false", "", "the picture's numbers as they stand, without decoding sRGB"},
+    {"mono", kChoice, "\"intensity\"", "", "what of a bitmap counts where one number is wanted, as for an opacity", 0,
+     0, "intensity|alpha"},
     {"filter", kChoice, "\"pyramid\"", "", "how a bitmap gets smaller", 0, 0, "none|pyramid|summed_area"},
     {"wrap_u", kChoice, "\"repeat\"", "", "how a bitmap or gradient goes on along u: clamp repeats its border", 0, 0,
      "repeat|mirror|clamp"},
     {"wrap_v", kChoice, "\"repeat\"", "", "the same along v, for bitmaps; gradients take wrap_u for both", 0, 0,
      "repeat|mirror|clamp"},
-    {"color1", kColor, "[0, 0, 0]", "", "a checker's or noise's first colour"},
-    {"color2", kColor, "[1, 1, 1]", "", "a checker's or noise's second colour"},
+    {"color1", kColor, "[0, 0, 0]", "",
+     "a checker's or noise's first colour; the first factor of type \"multiply\", there white when left out"},
+    {"color2", kColor, "[1, 1, 1]", "", "a checker's or noise's second colour, or the second factor"},
+    {"map1", kText, "\"\"", "", "name of a map in place of color1"},
+    {"map2", kText, "\"\"", "", "name of a map in place of color2"},
     {"noise", kChoice, "\"regular\"", "", "kind of noise", 0, 0, "regular|fractal|turbulence"},
     {"size", kNumber, "1.0", "", "length of a noise's waves, in units of the coordinates", 1e-6, kMost},
     {"levels", kNumber, "3.0", "", "octaves of fractal noise and turbulence", 1, 10},
@@ -174,6 +184,8 @@ constexpr SceneKey kMap[] = {
     {"phase", kNumber, "0.0", "", "another cut through the noise; changed over time, it boils", -kMost, kMost},
     {"gradient", kChoice, "\"linear\"", "", "along u, or from the middle outwards", 0, 0, "linear|radial"},
     {"keys", kRows, "[[0, 0, 0, 0], [1, 1, 1, 1]]", "", "[place, red, green, blue] of a gradient, places from 0 to 1"},
+    {"key_maps", kNames, "[]", "",
+     "names of maps in place of the keys' colours, in the keys' order; \"\" leaves a colour"},
     {"interpolation", kChoice, "\"linear\"", "", "between a gradient's keys", 0, 0, "linear|smooth|steps"},
     {"component", kChoice, "\"all\"", "", "what counts of vertex colours", 0, 0, "all|red|green|blue"},
     {"channel", kInteger, "", "", "mapping channel; 1 when left out, for vertex colours 0", -2, 99},
@@ -182,8 +194,7 @@ constexpr SceneKey kMap[] = {
     {"rotation", kNumber, "0.0", "degrees", "turn about the middle, before tiling", -kMost, kMost},
     {"projection", kChoice, "\"explicit\"", "",
      "where coordinates come from: the channel, the view direction (sphere, cylinder), the place in the picture, in "
-     "the "
-     "object or in the world",
+     "the object or in the world",
      0, 0, "explicit|sphere|screen|cylinder|object|world"},
     {"output", kTable, "", "", "adjustments", 0, 0, "output"},
 };
@@ -210,7 +221,8 @@ constexpr SceneKey kNode[] = {
     {"rotation", kPoint, "[0, 0, 0]", "degrees",
      "turns about X, then Y, then Z, counter-clockwise as seen against the axis"},
     {"scale", kPoint, "[1, 1, 1]", "", "factors along its own axes"},
-    {"material", kText, "\"\"", "", "name of its material"},
+    {"material", kText, "\"\"", "",
+     "name of its material; left out: the file's, else its vertex colours, else wire_color"},
     {"wire_color", kColor, "[0.6, 0.6, 0.6]", "", "colour without a material"},
     {"visibility", kNumber, "1.0", "", "0 is invisible", 0, 1},
     {"hidden", kFlag, "false", "", "hidden"},
@@ -239,9 +251,8 @@ constexpr SceneKey kKeys[] = {
     {"values", kRows, "[]", "", "[frame, value] or [frame, red, green, blue] for every key"},
     {"interpolation", kChoice, "\"linear\"", "",
      "how values go from key to key; constant is another word for step. A bezier key may have its own tangents: behind "
-     "the value the change a frame on "
-     "the "
-     "way in, then on the way out (rotations: degrees a frame about the parent's X, Y and Z)",
+     "the value the change a frame on the way in, then on the way out (rotations: degrees a frame about the parent's "
+     "X, Y and Z)",
      0, 0, "linear|bezier|step|constant"},
     {"tangents", kChoice, "\"auto\"", "",
      "of bezier keys without own ones: along the neighbours, never beyond their values, or smooth at any rate", 0, 0,
@@ -332,6 +343,7 @@ constexpr SceneSection kSections[] = {
     {"modifier.skin", "[[node.modifiers]] of type \"skin\"", "The mesh follows bones.", keys::kSkin},
     {"modifier.morph", "[[node.modifiers]] of type \"morph\"", "Adds shapes by weights.", keys::kMorph},
     {"morph_target", "[[node.modifiers.targets]]", "One shape of a morph modifier.", keys::kMorphTarget},
+    {"modifier.plugin", "[[node.modifiers]] of a plug-in's class", "Whatever the class does.", keys::kPluginModifier},
     {"modifier.mesh_cache", "[[node.modifiers]] of type \"mesh_cache\"",
      "Takes the vertices from a series of files (.obj, .ply, .3ds), read with the scale and up axis of the node's own "
      "file. Before the first and after the last frame the mesh stands still.",

@@ -24,6 +24,7 @@ public:
     std::map<std::string, INode*> aliases; ///< further names of nodes
     std::map<std::string, Mtl*> materials;
     std::map<std::string, Texmap*> maps;
+    Mtl* unnamedMaterials[2] = {}; ///< of imported faces without a material; second: in vertex colours
 
     /// Reads every table of the list `[[key]]`.
     template <class Read>
@@ -59,6 +60,9 @@ public:
 
     /// Remembers an object under a name; the name must be free.
     void AddObject(const SectionReader& reader, const std::string& name, ReferenceTarget* object);
+    /// Sets parameters of an object by their own names, as a table has them; nothing for a null table. `name` is for
+    /// messages.
+    void SetParams(const TomlValue* table, Animatable* object, const std::string& name);
     /// Ticks of a frame number.
     TimeValue Ticks(double frame) const;
 };

@@ -1,6 +1,6 @@
 // [[effect]] and [[image_filter]].
 
-#include "scene/class_choice.h"
+#include "scene/named_classes.h"
 
 namespace host {
 
@@ -8,19 +8,18 @@ namespace {
 
 void LoadEffect(LoadContext& context, const SectionReader& reader) {
     const std::string className = reader.Required("class"), name = reader.Text("name");
-    ClassDesc& desc = ClassNamed(context, reader, "class", RENDER_EFFECT_CLASS_ID, "effect");
-    auto* const effect = static_cast<Effect*>(context.core.CreateInstance(RENDER_EFFECT_CLASS_ID, desc.ClassID()));
-    if (!effect) FailNotMade(reader, "class", "effect");
+    const NamedClasses effects(context.core, {RENDER_EFFECT_CLASS_ID});
+    auto* const effect = static_cast<Effect*>(MakeNamedObject(context, reader, effects, "class", "effect"));
     effect->SetName(name);
     context.core.AddEffect(effect);
     if (!name.empty()) context.AddObject(reader, name, effect);
     effect->SetDisabled(!reader.Flag("active"));
-    SetParameters(context, effect, name.empty() ? className : name, reader.Raw("set"));
+    context.SetParams(reader.Raw("set"), effect, name.empty() ? className : name);
 }
 
 void LoadFilter(LoadContext& context, const SectionReader& reader) {
     const std::string name = reader.Required("class");
-    ClassDesc& desc = ClassNamed(context, reader, "class", FLT_CLASS_ID, "image filter");
+    ClassDesc& desc = RequireClass(reader, NamedClasses(context.core, {FLT_CLASS_ID}), "class", "image filter");
     FilterQueue::Entry* const entry = context.core.Filters().Add(desc.ClassID());
     if (!entry) FailNotMade(reader, "class", "image filter");
     entry->active = reader.Flag("active");

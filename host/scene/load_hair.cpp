@@ -97,8 +97,7 @@ public:
         if (reader_.Has("params"))
             reader_.FailAtKey("params", "parameter files are not there yet, expected parameters in 'set'");
         Create();
-        if (const TomlValue* const set = reader_.Raw("set"))
-            for (const auto& [name, value] : set->entries) SetParameter(name, value);
+        context_.SetParams(reader_.Raw("set"), object_, name_);
         AddEmitters();
         SetMaterial();
         SetMapping();
@@ -130,15 +129,12 @@ private:
         context_.scene.hair.push_back({name_, object_, isFur_});
     }
 
-    void SetParameter(const std::string& name, const TomlValue& value) {
-        context_.At(value.line, [&] {
-            SetParam(FindParam(object_, name_, name), value, 0, context_.core.GetTicksPerFrame(), context_);
-        });
-    }
-
     void AddEmitters() {
         const TomlValue* const emitters = reader_.Raw("emitters");
-        if (emitters && !emitters->items.empty()) SetParameter("pid_emitters", *emitters);
+        if (!emitters || emitters->items.empty()) return;
+        TomlValue table;
+        table.entries.emplace_back("pid_emitters", *emitters);
+        context_.SetParams(&table, object_, name_);
     }
 
     void SetMaterial() {
@@ -232,11 +228,7 @@ void LoadHairRenderer(LoadContext& context) {
     if (!renderer) return;
     if (!context.scene.objects.emplace("render", renderer).second)
         FailAt(context.scene.file, 0, "an object is named 'render', expected other names");
-    if (!settings) return;
-    for (const auto& [name, value] : settings->entries)
-        context.At(value.line, [&, &name = name, &value = value] {
-            SetParam(FindParam(renderer, "render", name), value, 0, context.core.GetTicksPerFrame(), context);
-        });
+    context.SetParams(settings, renderer, "render");
 }
 
 } // namespace host

@@ -2,11 +2,11 @@
 
 #include "materials/bitmap_map.h"
 #include "materials/gradient_map.h"
+#include "materials/multiply_map.h"
 #include "materials/std_mtl.h"
 #include "scene/block_setter.h"
-#include "scene/class_choice.h"
 #include "scene/key_check.h"
-#include "scene/load_context.h"
+#include "scene/named_classes.h"
 
 namespace host {
 
@@ -27,6 +27,7 @@ void LoadBitmap(LoadContext& context, const SectionReader& reader, Texmap* map, 
     set("wrapU", reader.Choice("wrap_u"));
     set("wrapV", reader.Choice("wrap_v"));
     set("filter", reader.Choice("filter"));
+    set("mono", reader.Choice("mono"));
     const std::string file = context.FindFile(reader.Required("file"), reader.LineOf("file"));
     set("file", file);
     const auto* const bitmap = dynamic_cast<BitmapMap*>(map);
@@ -77,26 +78,58 @@ void SetOutput(const SectionReader& map, const BlockSetter& set) {
     for (const char* const key : {"level", "offset", "amount"}) set(key, reader.Number(key));
 }
 
-enum MapKind { kBitmap, kChecker, kNoise, kGradient, kVertexColor }; // as the key's choices
+enum MapKind { kBitmap, kChecker, kNoise, kGradient, kVertexColor, kMultiply }; // as the key's choices
+
+bool MixesTwo(int kind) {
+    return kind == kChecker || kind == kNoise || kind == kMultiply;
+}
 
 void LoadMap(LoadContext& context, const SectionReader& reader) {
-    constexpr Class_ID kClasses[] = {BMTEX_CLASS_ID, CHECKER_CLASS_ID, NOISE_CLASS_ID, GRADIENT_RAMP_CLASS_ID,
-                                     VERTEX_COLOR_CLASS_ID};
+    constexpr Class_ID kClasses[] = {BMTEX_CLASS_ID,         CHECKER_CLASS_ID,      NOISE_CLASS_ID,
+                                     GRADIENT_RAMP_CLASS_ID, VERTEX_COLOR_CLASS_ID, MULTIPLY_CLASS_ID};
     const int kind = reader.Choice("type");
     auto* const map = NewObject<Texmap>(context, reader, TEXMAP_CLASS_ID, kClasses[kind]);
     const BlockSetter set(map);
-    if (reader.Has("channel")) set("channel", reader.Integer("channel"));
+    if (reader.Has("channel") && kind != kMultiply) set("channel", reader.Integer("channel"));
     SetOutput(reader, set);
     if (kind == kVertexColor)
         set("part", reader.Choice("component"));
-    else
+    else if (kind != kMultiply)
         SetCoords(reader, set);
     if (kind == kBitmap) LoadBitmap(context, reader, map, set);
     if (kind == kNoise) LoadNoise(reader, set);
     if (kind == kGradient) LoadGradient(reader, set);
-    if (kind == kChecker || kind == kNoise)
-        for (const char* const key : {"color1", "color2"}) set(key, reader.Point(key));
+    if (MixesTwo(kind))
+        for (const char* const key : {"color1", "color2"})
+            if (kind != kMultiply || reader.Has(key)) set(key, reader.Point(key));
     context.maps[map->GetName()] = map;
+}
+
+void SetSubMap(LoadContext& context, const SectionReader& reader, const char* key, int input, const std::string& name) {
+    if (name.empty()) return;
+    Texmap* const map = context.maps[reader.Required("name")];
+    Texmap* const sub = context.At(reader.LineOf(key), [&] { return context.MapNamed(name); });
+    map->SetSubTexmap(input, sub);
+    if (map->GetSubTexmap(input) != sub)
+        reader.FailAtKey(key, "map " + Quoted(name) + " contains this one, expected others");
+}
+
+// After all maps are there: a map may name later ones, but not itself in a circle.
+void LinkMap(LoadContext& context, const SectionReader& reader) {
+    const int kind = reader.Choice("type");
+    for (const auto& [key, input] : {std::pair("map1", 0), std::pair("map2", 1)}) {
+        if (reader.Has(key) && !MixesTwo(kind))
+            reader.FailAtKey(key, Quoted(key) + " in a map of another type, expected checker, noise or multiply");
+        SetSubMap(context, reader, key, input, reader.Text(key));
+    }
+    const std::vector<std::string> names = reader.Names("key_maps");
+    if (reader.Has("key_maps") && kind != kGradient)
+        reader.FailAtKey("key_maps", "'key_maps' in a map of another type, expected gradient");
+    if (const size_t keys = reader.Rows("keys").size(); names.size() > keys)
+        reader.FailAtKey("key_maps", std::to_string(names.size()) +
+                                         " maps in 'key_maps', expected at most one for each of the " +
+                                         std::to_string(keys) + " keys");
+    for (size_t i = 0; i < names.size(); ++i) SetSubMap(context, reader, "key_maps", int(i), names[i]);
 }
 
 struct ChannelName {
@@ -138,15 +171,6 @@ void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl
         block->SetValue(ParamID(kStdMapOn + int(ChannelNamed(reader, reader.LineOf("maps_off"), key))), 0, 0);
 }
 
-// Puts the shader of that class name into the material's slot and sets its own parameters.
-void SetShader(LoadContext& context, const SectionReader& reader, StdMtl* mtl) {
-    ClassDesc& desc = ClassNamed(context, reader, "shader", SHADER_CLASS_ID, "shader");
-    auto* const shader = static_cast<Shader*>(context.core.CreateInstance(SHADER_CLASS_ID, desc.ClassID()));
-    if (!shader) FailNotMade(reader, "shader", "shader");
-    mtl->SwitchShader(shader);
-    SetParameters(context, shader, reader.Text("shader"), reader.Raw("shader_set"));
-}
-
 void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
     const BlockSetter set(mtl);
     set("lockAmbient", reader.Has("ambient") ? 0 : 1);
@@ -159,13 +183,18 @@ void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
                                                            {"opacity", "opacity"}};
     for (const auto& [key, name] : numbers)
         if (reader.Has(key)) set(name, reader.Number(key));
+    set("opacityCutoff", reader.Number("opacity_cutoff"));
     if (reader.Has("self_illumination_color")) {
         set("useSelfIllumColor", 1);
         set("selfIllumColor", reader.Point("self_illumination_color"));
     }
     SetMaterialMaps(context, reader, mtl);
     auto* const standard = dynamic_cast<StdMtl*>(mtl);
-    if (standard && (reader.Has("shader") || reader.Has("shader_set"))) SetShader(context, reader, standard);
+    if (!standard || (!reader.Has("shader") && !reader.Has("shader_set"))) return;
+    const NamedClasses shaders(context.core, {SHADER_CLASS_ID});
+    auto* const shader = static_cast<Shader*>(MakeNamedObject(context, reader, shaders, "shader", "shader"));
+    standard->SwitchShader(shader); // which takes the material's values over
+    context.SetParams(reader.Raw("shader_set"), shader, reader.Text("shader"));
 }
 
 void LoadMaterial(LoadContext& context, const SectionReader& reader) {
@@ -193,6 +222,7 @@ void LinkMulti(LoadContext& context, const SectionReader& reader) {
 
 void LoadMaps(LoadContext& context) {
     context.ForEach("map", "map", [&](const SectionReader& reader) { LoadMap(context, reader); });
+    context.ForEach("map", "map", [&](const SectionReader& reader) { LinkMap(context, reader); });
     const TomlValue* const table = context.root.Find("scene");
     const TomlValue* const environment = table ? table->Find("environment") : nullptr;
     if (environment && !environment->text.empty())

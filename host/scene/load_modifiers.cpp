@@ -13,7 +13,7 @@
 #include "modifiers/skin.h"
 #include "scene/block_setter.h"
 #include "scene/key_check.h"
-#include "scene/load_context.h"
+#include "scene/named_classes.h"
 
 namespace host {
 
@@ -26,8 +26,18 @@ public:
         : context_(context), node_(node), reader_(reader), type_(type) {}
 
     void Load() {
-        Modifier* const m = Make();
-        if (!m) reader_.Fail("modifiers of this kind cannot be made here");
+        Put(Make());
+        if (type_ == "mesh_select") SetSelection(*node_->GetModContext(0));
+    }
+    void LoadOfPlugin(const NamedClasses& classes) {
+        auto* const m = static_cast<Modifier*>(MakeNamedObject(context_, reader_, classes, "type", "modifier"));
+        context_.SetParams(reader_.Raw("set"), m, type_);
+        Put(m);
+    }
+
+private:
+    // Names a modifier and puts it on top of the stack.
+    void Put(Modifier* m) {
         context_.core.Adopt(m);
         m->SetName(FreeName());
         context_.scene.objects.emplace(std::string(node_->GetName()) + "." + m->GetName(), m);
@@ -36,10 +46,7 @@ public:
         m->EnableModInViews(reader_.Flag("in_views"));
         if (!node_->AddModifier(m))
             reader_.Fail("the modifier depends on node " + Quoted(node_->GetName()) + " itself, expected other nodes");
-        if (type_ == "mesh_select") SetSelection(*node_->GetModContext(0));
     }
-
-private:
     Modifier* Make() {
         if (type_ == "mesh_select") return MakeSelect();
         if (type_ == "smooth") return WithValues(SMOOTH_CLASS_ID, {"angle"}, {}, {"mode"});
@@ -51,7 +58,11 @@ private:
         if (type_ == "morph") return MakeMorph();
         return MakeCache();
     }
-    Modifier* Instance(Class_ID id) { return static_cast<Modifier*>(context_.core.CreateInstance(OSM_CLASS_ID, id)); }
+    Modifier* Instance(Class_ID id) {
+        auto* const m = static_cast<Modifier*>(context_.core.CreateInstance(OSM_CLASS_ID, id));
+        if (!m) reader_.Fail("modifiers of this kind cannot be made here");
+        return m;
+    }
     // A class whose parameters have the names of the keys.
     Modifier* WithValues(Class_ID id, std::initializer_list<const char*> numbers,
                          std::initializer_list<const char*> points, std::initializer_list<const char*> choices) {
@@ -240,14 +251,28 @@ private:
     Mesh input_;
 };
 
+constexpr const char* kPluginSection = "modifier.plugin";
+
+[[noreturn]] void FailUnknown(LoadContext& context, const TomlValue& type, const NamedClasses& classes) {
+    std::vector<std::string> known = SplitChoices(FindSceneSection("modifier.normal_flip")->Find("type")->choices);
+    for (const std::string& name : classes.Names()) known.push_back(name);
+    FailAt(context.scene.file, type.line, "'type' is " + Quoted(type.text) + ", expected " + JoinChoices(known));
+}
+
 // Each type has keys of its own; which one it is must be known before they are checked.
 void LoadModifier(LoadContext& context, Node* node, const TomlValue& table) {
     const TomlValue* const type = table.Find("type");
-    const SceneSection* const any = FindSceneSection("modifier.normal_flip");
     if (!type) FailAt(context.scene.file, table.line, "no 'type' in [[node.modifiers]], expected one");
-    CheckKeyValue(context.scene.file, *any->Find("type"), *type);
-    const SectionReader reader(context.scene.file, *FindSceneSection("modifier." + type->text), table);
-    ModifierLoader(context, node, reader, type->text).Load();
+    CheckKeyValue(context.scene.file, *FindSceneSection(kPluginSection)->Find("type"), *type);
+    const std::string own = "modifier." + type->text;
+    if (const SceneSection* const section = FindSceneSection(own); section && own != kPluginSection) {
+        const SectionReader reader(context.scene.file, *section, table);
+        return ModifierLoader(context, node, reader, type->text).Load();
+    }
+    const NamedClasses classes(context.core, {OSM_CLASS_ID, WSM_CLASS_ID}, ModifierClasses());
+    if (!classes.Find(type->text)) FailUnknown(context, *type, classes);
+    const SectionReader reader(context.scene.file, *FindSceneSection(kPluginSection), table);
+    ModifierLoader(context, node, reader, type->text).LoadOfPlugin(classes);
 }
 
 } // namespace

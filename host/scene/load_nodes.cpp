@@ -37,7 +37,9 @@ void ImportPlainMeshes(LoadContext& context, const SectionReader& reader, const 
     CheckOneMesh(reader, meshes.size());
     for (ImportedMesh& m : meshes) {
         LoadedMesh loaded{path, options, nullptr, CountDegenerateFaces(m.mesh)};
+        const bool colored = m.mesh.maps.contains(MAP_VERTCOLOR);
         loaded.node = NewMeshNode(context, name.empty() ? m.name : name, std::move(m.mesh));
+        if (colored) loaded.node->SetMtl(UnnamedMaterial(context, true));
         context.scene.meshes.push_back(loaded);
     }
 }
@@ -82,16 +84,16 @@ void ImportFile(LoadContext& context, const SectionReader& reader) {
 
 // A new node with a simple shape, or with nothing.
 Node* MakePrimitive(LoadContext& context, const SectionReader& reader, const std::string& name) {
+    enum { kPlane, kSphere, kBox, kEmpty }; // as the key's choices
     constexpr Class_ID kClasses[] = {PLANE_CLASS_ID, SPHERE_CLASS_ID, BOX_CLASS_ID};
     const int kind = reader.Choice("primitive");
-    if (kind == 3) return context.core.CreateNode(name);
+    if (kind == kEmpty) return context.core.CreateNode(name);
     ReferenceTarget* const object = context.core.CreateInstance(GEOMOBJECT_CLASS_ID, kClasses[kind]);
     const BlockSetter set(object);
     const Point3 size = reader.Point("size");
-    set("width", size.x);
-    set("length", size.y);
-    set("size", size);
-    set("radius", reader.Number("radius"));
+    if (kind == kPlane) set("width", size.x), set("length", size.y);
+    if (kind == kSphere) set("radius", reader.Number("radius"));
+    if (kind == kBox) set("size", size);
     set("segments", reader.Integer("segments"));
     context.AddObject(reader, name + ".object", object);
     return context.core.CreateNode(name, static_cast<Object*>(object));

@@ -6,7 +6,7 @@
 #include "core/camera.h"
 #include "core/euler.h"
 #include "core/light.h"
-#include "scene/load_context.h"
+#include "scene/named_classes.h"
 
 namespace host {
 
@@ -104,11 +104,22 @@ void SetFading(const SectionReader& reader, IParamBlock2* block) {
     block->SetValue(kLightDecayStart, 0, reader.Number("decay_start"));
 }
 
-void SetShadows(const SectionReader& reader, IParamBlock2* block) {
+void SetShadows(LoadContext& context, const SectionReader& reader, Light* light) {
+    IParamBlock2* const block = light->Params();
     block->SetValue(kLightShadows, 0, reader.Flag("shadows") ? 1 : 0);
     block->SetValue(kLightShadowMultiplier, 0, reader.Number("shadow_multiplier"));
     block->SetValue(kLightShadowColor, 0, reader.ColorOf("shadow_color"));
     block->SetValue(kLightShadowBias, 0, reader.Number("shadow_bias"));
+    if (reader.Text("shadow_type").empty()) {
+        if (reader.Has("shadow_set"))
+            reader.FailAtKey("shadow_set", "'shadow_set' without 'shadow_type', expected both");
+        return;
+    }
+    const NamedClasses types(context.core, {SHADOW_TYPE_CLASS_ID});
+    auto* const type = static_cast<ShadowType*>(MakeNamedObject(context, reader, types, "shadow_type", "shadow type"));
+    context.SetParams(reader.Raw("shadow_set"), type, reader.Text("shadow_type"));
+    light->SetShadowType(type);
+    context.AddObject(reader, reader.Text("name") + ".shadow", type);
 }
 
 void LoadLight(LoadContext& context, const SectionReader& reader) {
@@ -129,7 +140,7 @@ void LoadLight(LoadContext& context, const SectionReader& reader) {
     block->SetValue(kLightShape, 0, reader.Choice("shape"));
     block->SetValue(kLightAspect, 0, reader.Number("aspect"));
     SetFading(reader, block);
-    SetShadows(reader, block);
+    SetShadows(context, reader, light);
     block->SetValue(kLightAffectDiffuse, 0, reader.Flag("affect_diffuse") ? 1 : 0);
     block->SetValue(kLightAffectSpecular, 0, reader.Flag("affect_specular") ? 1 : 0);
     block->SetValue(kLightAmbientOnly, 0, reader.Flag("ambient_only") ? 1 : 0);

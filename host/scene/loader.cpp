@@ -57,6 +57,14 @@ void LoadContext::AddObject(const SectionReader& reader, const std::string& name
         reader.FailAtKey("name", "second object " + Quoted(name) + ", expected a name of its own");
 }
 
+void LoadContext::SetParams(const TomlValue* table, Animatable* object, const std::string& name) {
+    if (!table) return;
+    for (const auto& [key, value] : table->entries)
+        At(value.line, [&, &key = key, &value = value] {
+            SetParam(FindParam(object, name, key), value, 0, core.GetTicksPerFrame(), *this);
+        });
+}
+
 TimeValue LoadContext::Ticks(double frame) const {
     const double ticks = frame * core.GetTicksPerFrame();
     if (!(std::abs(ticks) < 2e9))

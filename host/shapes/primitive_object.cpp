@@ -10,7 +10,7 @@ constexpr int kMostSegments = 4096;
 constexpr float kLeastSize = 1e-12f;
 
 BlockClassDesc<PlaneObject>& PlaneDesc() {
-    static BlockClassDesc<PlaneObject> desc("Plane", "plane", GEOMOBJECT_CLASS_ID, PLANE_CLASS_ID,
+    static BlockClassDesc<PlaneObject> desc(PlaneObject::kName, "plane", GEOMOBJECT_CLASS_ID, PlaneObject::kClass,
                                             {FloatParam(PlaneObject::kWidth, "width", 1, kLeastSize, kHuge),
                                              FloatParam(PlaneObject::kLength, "length", 1, kLeastSize, kHuge),
                                              IntParam(PlaneObject::kSegments, "segments", 16, 1, kMostSegments)});
@@ -18,14 +18,14 @@ BlockClassDesc<PlaneObject>& PlaneDesc() {
 }
 
 BlockClassDesc<SphereObject>& SphereDesc() {
-    static BlockClassDesc<SphereObject> desc("Sphere", "sphere", GEOMOBJECT_CLASS_ID, SPHERE_CLASS_ID,
+    static BlockClassDesc<SphereObject> desc(SphereObject::kName, "sphere", GEOMOBJECT_CLASS_ID, SphereObject::kClass,
                                              {FloatParam(SphereObject::kRadius, "radius", 1, kLeastSize, kHuge),
                                               IntParam(SphereObject::kSegments, "segments", 16, 1, kMostSegments)});
     return desc;
 }
 
 BlockClassDesc<BoxObject>& BoxDesc() {
-    static BlockClassDesc<BoxObject> desc("Box", "box", GEOMOBJECT_CLASS_ID, BOX_CLASS_ID,
+    static BlockClassDesc<BoxObject> desc(BoxObject::kName, "box", GEOMOBJECT_CLASS_ID, BoxObject::kClass,
                                           {PointParam(BoxObject::kSize, "size", {1, 1, 1}),
                                            IntParam(BoxObject::kSegments, "segments", 16, 1, kMostSegments)});
     return desc;
@@ -38,28 +38,9 @@ const std::vector<ClassDesc*>& PrimitiveClasses() {
     return classes;
 }
 
-void PrimitiveObject::Update(TimeValue t) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (built_.InInterval(t)) return;
+Interval PrimitiveObject::Make(TimeValue t) {
     mesh = Build(t);
-    built_ = ParamValidity(t);
-}
-
-ObjectState PrimitiveObject::Eval(TimeValue t) {
-    Update(t);
-    return {this, ParamValidity(t)};
-}
-
-Object* PrimitiveObject::PipelineCopy(TimeValue t) {
-    Update(t);
-    auto* const copy = new TriObject;
-    copy->mesh = mesh;
-    return copy;
-}
-
-Object* PrimitiveObject::ConvertToType(TimeValue t, Class_ID id) {
-    Update(t);
-    return TriObject::ConvertToType(t, id);
+    return ParamValidity(t);
 }
 
 Mesh* PrimitiveObject::GetRenderMesh(TimeValue t, INode* node, bool& needDelete) {
@@ -68,8 +49,7 @@ Mesh* PrimitiveObject::GetRenderMesh(TimeValue t, INode* node, bool& needDelete)
 }
 
 RefResult PrimitiveObject::NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (message == REFMSG_CHANGE) built_ = NEVER;
+    if (message == REFMSG_CHANGE) MakeAnew();
     return REF_SUCCEED;
 }
 
@@ -95,24 +75,6 @@ BoxObject::BoxObject() {
 
 Mesh BoxObject::Build(TimeValue t) {
     return MakeBox(Point(kSize, t), Int(kSegments, t));
-}
-
-RefTargetHandle PlaneObject::Clone(RemapDir& remap) {
-    auto* const copy = new PlaneObject;
-    CopyBlock(*copy, remap);
-    return copy;
-}
-
-RefTargetHandle SphereObject::Clone(RemapDir& remap) {
-    auto* const copy = new SphereObject;
-    CopyBlock(*copy, remap);
-    return copy;
-}
-
-RefTargetHandle BoxObject::Clone(RemapDir& remap) {
-    auto* const copy = new BoxObject;
-    CopyBlock(*copy, remap);
-    return copy;
 }
 
 } // namespace host

@@ -42,7 +42,7 @@ bool KeyedShape::SetKnotController(KnotIndex which, Control* c) {
     if (i == tracks_.size()) tracks_.push_back({which, nullptr});
     if (ReplaceReference(int(i), c) != REF_SUCCEED) return false;
     c->SetAutoDelete(true);
-    built_ = NEVER;
+    MakeAnew();
     NotifyDependents(FOREVER, PART_GEOM, REFMSG_CHANGE);
     return true;
 }
@@ -56,8 +56,7 @@ void KeyedShape::SetReference(int i, RefTargetHandle target) {
 }
 
 RefResult KeyedShape::NotifyRefChanged(const Interval&, RefTargetHandle, PartID& partID, RefMessage) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    built_ = NEVER;
+    MakeAnew();
     partID = PART_GEOM;
     return REF_SUCCEED;
 }
@@ -76,39 +75,21 @@ Interval KeyedShape::ObjectValidity(TimeValue t) {
     return valid;
 }
 
-void KeyedShape::Update(TimeValue t) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (built_.InInterval(t)) return;
+Interval KeyedShape::Make(TimeValue t) {
     shape = rest_;
-    built_ = FOREVER;
+    Interval valid = FOREVER;
     for (const Track& track : tracks_) {
         if (!track.control) continue;
         SplineKnot& knot = shape.splines[size_t(track.which.spline)].knots[size_t(track.which.knot)];
         Point3 place;
-        track.control->GetValue(t, &place, built_);
+        track.control->GetValue(t, &place, valid);
         const Point3 shift = place - knot.point;
         knot.inVec += shift;
         knot.outVec += shift;
         knot.point = place;
     }
     for (Spline3D& s : shape.splines) s.ComputeBezPoints();
-}
-
-ObjectState KeyedShape::Eval(TimeValue t) {
-    Update(t);
-    return {this, ObjectValidity(t)};
-}
-
-Object* KeyedShape::PipelineCopy(TimeValue t) {
-    Update(t);
-    auto* const copy = new ShapeObject;
-    copy->shape = shape;
-    return copy;
-}
-
-Object* KeyedShape::ConvertToType(TimeValue t, Class_ID id) {
-    Update(t);
-    return ShapeObject::ConvertToType(t, id);
+    return valid;
 }
 
 RefTargetHandle KeyedShape::Clone(RemapDir& remap) {

@@ -1,12 +1,10 @@
 #pragma once
 // Shapes from plain data: point lists, knots, keyed knots.
 
-#include <map>
-#include <mutex>
 #include <vector>
 
 #include "sdk/control.h"
-#include "sdk/object.h"
+#include "shapes/made_object.h"
 
 namespace host {
 
@@ -25,17 +23,14 @@ struct KnotIndex {
 
 /// A shape whose knots may follow controllers. `shape` is rebuilt at every evaluation; the handles of Bezier knots move
 /// along with their knots, those of others are placed anew.
-class KeyedShape : public ShapeObject {
+class KeyedShape : public MadeObject<ShapeObject> {
 public:
     explicit KeyedShape(BezierShape rest = {});
     ~KeyedShape() override { DeleteAllRefs(); }
-    ObjectState Eval(TimeValue t) override;
     Interval ObjectValidity(TimeValue t) override;
     Interval ChannelValidity(TimeValue t, int channel) override {
         return channel == GEOM_CHAN_NUM ? ObjectValidity(t) : FOREVER;
     }
-    Object* PipelineCopy(TimeValue t) override;
-    Object* ConvertToType(TimeValue t, Class_ID id) override;
     RefTargetHandle Clone(RemapDir& remap) override;
 
     /// A point or position controller for a knot, shared (SetAutoDelete). False for another kind or an unknown knot.
@@ -57,12 +52,10 @@ private:
         KnotIndex which;
         Control* control = nullptr;
     };
-    void Update(TimeValue t);
+    Interval Make(TimeValue t) override;
 
     BezierShape rest_;
     std::vector<Track> tracks_;
-    Interval built_ = NEVER;
-    std::mutex mutex_;
 };
 
 } // namespace host

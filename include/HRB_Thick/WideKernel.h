@@ -13,8 +13,9 @@ struct WideLook {
     float opacity[2];
     float color[3][2];
     WideLook(const StrandVertex& a, const StrandVertex& b)
-        : z{a.z, b.z}, opacity{a.opacity[0], b.opacity[0]},
-          color{{a.color[0].x, b.color[0].x}, {a.color[0].y, b.color[0].y}, {a.color[0].z, b.color[0].z}} {}
+        : z{a.z, b.z}, opacity{a.opacity[0], b.opacity[0]}, color{{a.color[0].x, b.color[0].x},
+                                                                  {a.color[0].y, b.color[0].y},
+                                                                  {a.color[0].z, b.color[0].z}} {}
 };
 
 /// Samples of four neighbouring pixels of row m, from n on.

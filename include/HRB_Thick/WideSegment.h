@@ -78,16 +78,16 @@ struct RowEdge {
 
 /// What the pixels of a segment share. Along the major axis run rows m (columns, where that is x), across it pixels n.
 struct WideRows {
-    float aM, aN, dM, dN;            ///< first vertex less half a pixel, and the way to the second
-    float length;                    ///< negative where rows are rows of y: turning the axes turns the side
+    float aM, aN, dM, dN; ///< first vertex less half a pixel, and the way to the second
+    float length;         ///< negative where rows are rows of y: turning the axes turns the side
     float perLength2;
-    float halfWidth, widthStep;      ///< half the first width, and by how much the second is wider
-    float radius;                    ///< of the filter
-    bool first, last;                ///< the ends that fade
+    float halfWidth, widthStep; ///< half the first width, and by how much the second is wider
+    float radius;               ///< of the filter
+    bool first, last;           ///< the ends that fade
     RowEdge start, end;
-    float slope, reach;              ///< of the centre line, and how far from it a row's pixels lie
-    int from, to;                    ///< rows
-    float low, high;                 ///< pixels of the bucket
+    float slope, reach; ///< of the centre line, and how far from it a row's pixels lie
+    int from, to;       ///< rows
+    float low, high;    ///< pixels of the bucket
 
     WideRows(const WideSegment& s, const PixelSpan& span) : WideRows(s, span, s.IsXMajor()) {}
 

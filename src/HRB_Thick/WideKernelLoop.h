@@ -8,12 +8,13 @@ namespace RasterDetail {
 
 /// Writes the samples of Lanes::kQuads quads.
 template <class Lanes>
-[[gnu::always_inline]] inline void SampleQuads(const WideRows& rows, const WideLook& look, const LineFilterTable& filter,
-                                               const Quads& quads, int at, WideQuad* out) {
+[[gnu::always_inline]] inline void SampleQuads(const WideRows& rows, const WideLook& look,
+                                               const LineFilterTable& filter, const Quads& quads, int at,
+                                               WideQuad* out) {
     const Lanes m = Lanes::PerQuad(quads.m + at), n = Lanes::PerQuad(quads.n + at) + Lanes::RampOfQuad();
     const WidePixels<Lanes> pixels(rows, m, n);
     const Lanes t = pixels.t, back = Lanes(1.0f) - t;
-    const auto mixed = [&](const float (&v)[2]) __attribute__((always_inline)) {
+    const auto mixed = [&](const float(&v)[2]) __attribute__((always_inline)) {
         return back * Lanes(v[0]) + t * Lanes(v[1]);
     };
     Lanes z = mixed(look.z), opacity = mixed(look.opacity), coverage = pixels.Coverage(rows, TableEdge{filter});
@@ -45,8 +46,7 @@ void RunWideKernel(const WideRows& rows, const WideLook& look, const LineFilterT
         walk.Next(quads);
         for (int i = quads.count; i < quads.count + Lanes::kQuads - 1; ++i)
             quads.m[i] = quads.n[i] = quads.left[i] = 0.0f;
-        for (int i = 0; i < quads.count; i += Lanes::kQuads)
-            SampleQuads<Lanes>(rows, look, filter, quads, i, out + i);
+        for (int i = 0; i < quads.count; i += Lanes::kQuads) SampleQuads<Lanes>(rows, look, filter, quads, i, out + i);
         take(context, out, quads.count);
     }
 }

@@ -86,8 +86,7 @@ template <class Lanes>
 }
 
 template <class Lanes>
-unsigned RunMergeKernel(PackedFragment<HairFragment>* fragments, const uint32_t* at,
-                        const ImagePoint* const* samples) {
+unsigned RunMergeKernel(PackedFragment<HairFragment>* fragments, const uint32_t* at, const ImagePoint* const* samples) {
     unsigned opaque = 0;
     for (int i = 0; i < kMergeSamples; i += Lanes::kCount)
         opaque |= MergeLanes<Lanes>(fragments, at + i, samples + i) << i;

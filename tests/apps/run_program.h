@@ -14,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+#include "temp_folder.h"
+
 namespace apps_test {
 
 /// How many times longer than usual an answer may take: sanitizers slow the program down.
@@ -40,12 +42,9 @@ inline std::string FileText(const std::string& path) {
 class ProgramTest : public testing::Test {
 protected:
     ProgramTest() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velmar_apps_XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
         Write("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\nf 1 1 2\n");
         Write("good.toml", kGood);
     }
-    ~ProgramTest() override { std::filesystem::remove_all(folder_); }
 
     /// A scene that renders in a moment.
     static constexpr const char* kGood =
@@ -54,11 +53,7 @@ protected:
         "[[fur]]\nname = 'coat'\nemitters = ['quad']\n[fur.set]\npid_length = 0.3\npid_thickness = 0.02\n"
         "pid_densPerArea = 100.0\n";
 
-    std::string Write(const std::string& name, const std::string& content) const {
-        const std::string path = folder_ + "/" + name;
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
+    std::string Write(const std::string& name, const std::string& content) const { return temp_.Write(name, content); }
     bool Exists(const std::string& name) const { return std::filesystem::exists(folder_ + "/" + name); }
     /// Names in the folder, sorted.
     std::vector<std::string> Names() const {
@@ -107,7 +102,8 @@ protected:
         EXPECT_EQ(r.out, "");
     }
 
-    std::string folder_;
+    const test::TempFolder temp_;
+    const std::string folder_ = temp_.Path();
 };
 
 } // namespace apps_test

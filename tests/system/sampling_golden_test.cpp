@@ -1,11 +1,11 @@
 // Golden pictures of filters, fields and regions.
 
 #include "apps/run_program.h"
-#include "compare_pictures.h"
+#include "picture_compare.h"
 
 namespace {
 
-using namespace system_test;
+using golden::Comparison;
 
 class SamplingGolden : public apps_test::ProgramTest {
 protected:
@@ -18,12 +18,12 @@ protected:
         Write("sampling.toml", text.replace(at, mark.size(), keys + "\n"));
         const apps_test::RunResult r = Run({"render", "sampling.toml", "-o", "made.png"});
         EXPECT_EQ(r.status, 0) << r.err;
-        return Compare(folder_ + "/made.png", VELMAR_TEST_DATA "/golden/sampling_" + golden + ".png");
+        return golden::Compare(folder_ + "/made.png", VELMAR_TEST_DATA "/golden/sampling_" + golden + ".png");
     }
 };
 
 void ExpectClose(const Comparison& c) {
-    EXPECT_TRUE(c.Close()) << c.beyond2 << " of " << c.pixels << " pixels beyond 2/255, largest " << c.largest;
+    EXPECT_TRUE(c.Close()) << c;
 }
 
 TEST_F(SamplingGolden, FiltersLookAsTheyDid) {

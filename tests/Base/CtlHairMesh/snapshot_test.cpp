@@ -28,6 +28,19 @@ HairParams Fixed(bool follow) {
     return p;
 }
 
+// Fur on the folding sheet, fixed at frame 0.
+struct FixedFur {
+    Emitter emitter{Mesh()};
+    CtlHairMesh control{&emitter};
+    HairParams params;
+    std::vector<VertexStrand> before; ///< at frame 0
+    explicit FixedFur(bool follow) : params(Fixed(follow)) {
+        emitter.meshAt = Folding;
+        EXPECT_TRUE(control.Evaluate(0, params));
+        for (int v = 0; v < control.VertexCount(); ++v) before.push_back(*control.Strand(v));
+    }
+};
+
 TEST(ShapeFixing, StandingStillChangesNoBit) {
     for (const bool follow : {false, true})
         for (const bool density : {false, true}) {
@@ -50,14 +63,9 @@ TEST(ShapeFixing, StandingStillChangesNoBit) {
 }
 
 TEST(ShapeFixing, RootsRideOnTheirVertices) {
-    Emitter emitter{Mesh()};
-    emitter.meshAt = Folding;
-    CtlHairMesh control(&emitter);
-    const HairParams p = Fixed(false);
-    ASSERT_TRUE(control.Evaluate(0, p));
-    std::vector<VertexStrand> before;
-    for (int v = 0; v < control.VertexCount(); ++v) before.push_back(*control.Strand(v));
-    ASSERT_TRUE(control.Evaluate(1600, p));
+    FixedFur fur(false);
+    auto& [emitter, control, params, before] = fur;
+    ASSERT_TRUE(control.Evaluate(1600, params));
     const Mesh now = Folding(1600);
     for (int v = 0; v < control.VertexCount(); ++v) {
         const VertexStrand& s = *control.Strand(v);
@@ -67,19 +75,14 @@ TEST(ShapeFixing, RootsRideOnTheirVertices) {
             EXPECT_POINT_NEAR((s.knots[i] - s.root), (before[size_t(v)].knots[i] - before[size_t(v)].root), 1e-5f);
     }
     // Back at the fixing frame everything is as it was.
-    ASSERT_TRUE(control.Evaluate(0, p));
+    ASSERT_TRUE(control.Evaluate(0, params));
     for (int v = 0; v < control.VertexCount(); ++v) EXPECT_EQ(control.Strand(v)->knots, before[size_t(v)].knots);
 }
 
 TEST(ShapeFixing, FollowTurnsWithTheSurface) {
-    Emitter emitter{Mesh()};
-    emitter.meshAt = Folding;
-    CtlHairMesh control(&emitter);
-    const HairParams p = Fixed(true);
-    ASSERT_TRUE(control.Evaluate(0, p));
-    std::vector<VertexStrand> before;
-    for (int v = 0; v < control.VertexCount(); ++v) before.push_back(*control.Strand(v));
-    ASSERT_TRUE(control.Evaluate(800, p));
+    FixedFur fur(true);
+    auto& [emitter, control, params, before] = fur;
+    ASSERT_TRUE(control.Evaluate(800, params));
     // The right column has turned by half a radian about -Y, the left one not at all.
     const float a = 0.5f;
     for (int y = 0; y < 5; ++y)

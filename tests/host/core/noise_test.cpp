@@ -18,39 +18,34 @@ float Step(int i, double ratio) {
     return float(v - 256.0 * std::floor(v / 256.0));
 }
 
+// Never beyond `bound`, beyond `reach` on either side, the mean within `middle` of 0, and the variance.
+void ExpectStatistics(const Statistics& s, double bound, double reach, double middle, double variance) {
+    EXPECT_GE(s.low, -bound);
+    EXPECT_LE(s.high, bound);
+    EXPECT_LT(s.low, -reach);
+    EXPECT_GT(s.high, reach);
+    EXPECT_NEAR(s.Mean(), 0, middle);
+    EXPECT_NEAR(s.Variance(), variance, 0.002);
+}
+
 TEST(Noise, OneDimension) {
     Statistics s;
     for (int i = 0; i < 1000000; ++i) s.Add(noise1(Step(i, 0.6180339887)));
-    EXPECT_GE(s.low, -1.0);
-    EXPECT_LE(s.high, 1.0);
-    EXPECT_LT(s.low, -0.85);
-    EXPECT_GT(s.high, 0.85);
-    EXPECT_NEAR(s.Mean(), 0, 0.02);
-    EXPECT_NEAR(s.Variance(), 0.084, 0.002);
+    ExpectStatistics(s, 1, 0.85, 0.02, 0.084);
 }
 
 TEST(Noise, ThreeDimensions) {
     Statistics s;
     for (int i = 0; i < 1000000; ++i)
         s.Add(noise3(Step(i, 0.8191725134), Step(i, 0.6710436067), Step(i, 0.5497004779)));
-    EXPECT_GE(s.low, -1.04);
-    EXPECT_LE(s.high, 1.04);
-    EXPECT_LT(s.low, -0.8);
-    EXPECT_GT(s.high, 0.8);
-    EXPECT_NEAR(s.Mean(), 0, 0.002);
-    EXPECT_NEAR(s.Variance(), 0.077, 0.002);
+    ExpectStatistics(s, 1.04, 0.8, 0.002, 0.077);
 }
 
 TEST(Noise, FourDimensions) {
     Statistics s;
     for (int i = 0; i < 1000000; ++i)
         s.Add(noise4(Step(i, 0.8566748838), Step(i, 0.7338918566), Step(i, 0.6287067210), Step(i, 0.5385972572)));
-    EXPECT_GE(s.low, -1.5);
-    EXPECT_LE(s.high, 1.5);
-    EXPECT_LT(s.low, -0.8);
-    EXPECT_GT(s.high, 0.8);
-    EXPECT_NEAR(s.Mean(), 0, 0.002);
-    EXPECT_NEAR(s.Variance(), 0.087, 0.002);
+    ExpectStatistics(s, 1.5, 0.8, 0.002, 0.087);
 }
 
 TEST(Noise, IsZeroOnTheLatticeAndRepeats) {

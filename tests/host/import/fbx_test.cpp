@@ -181,6 +181,31 @@ TEST(Fbx, CamerasAndLightsLookAlongTheirNodes) {
     EXPECT_EQ(light.type, DIRECT_LGT);
     EXPECT_NEAR(light.color.r * light.multiplier, 0.5, 1e-5);
     EXPECT_NEAR(light.color.g * light.multiplier, 0.25, 1e-5);
+    EXPECT_EQ(light.decay, DECAY_NONE);
+}
+
+TEST(Fbx, LightsDecayFromWhereTheFileSays) {
+    const auto lightOf = [](const char* properties) {
+        std::string text = kBoard;
+        const std::string type = "P: \"LightType\", \"enum\", \"\", \"\",1\n";
+        text.replace(text.find(type), type.size(), properties);
+        ImportedScene scene = ImportFbx("m.fbx", text);
+        PlaceScene("m.fbx", scene, {2, UpAxis::kZ});
+        return scene.lights.at(0);
+    };
+    const std::string point = "P: \"LightType\", \"enum\", \"\", \"\",0\n";
+    const auto decay = [](int kind) {
+        return "P: \"DecayType\", \"enum\", \"\", \"\"," + std::to_string(kind) +
+               "\nP: \"DecayStart\", \"Number\", \"\", \"A\",30\n";
+    };
+    EXPECT_EQ(lightOf((point + decay(0)).c_str()).decay, DECAY_NONE);
+    const ImportedLight linear = lightOf((point + decay(1)).c_str());
+    EXPECT_EQ(linear.type, OMNI_LGT);
+    EXPECT_EQ(linear.decay, DECAY_INVERSE);
+    EXPECT_FLOAT_EQ(linear.decayStart, 60);
+    const ImportedLight square = lightOf((point + decay(2)).c_str());
+    EXPECT_EQ(square.decay, DECAY_INVERSE_SQUARE);
+    EXPECT_FLOAT_EQ(square.decayStart, 60);
 }
 
 TEST(Fbx, Skins) {

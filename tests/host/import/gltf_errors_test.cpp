@@ -31,17 +31,18 @@ TEST(GltfErrors, WhatAFileClaims) {
     GltfText g;
     g.Add<float>(5126, "VEC3", 3, {0, 0, 0});
     std::string text = g.Text(OneMesh("\"POSITION\":0"));
-    const std::string count = "\"count\":1";
-    std::string more = text;
-    more.replace(more.find(count), count.size(), "\"count\":2");
-    EXPECT_EQ(Fault(more), "m.gltf: mesh 'square' POSITION reaches beyond its buffer, expected more bytes");
-    more = text;
-    more.replace(more.find(count), count.size(), "\"count\":900000000");
-    EXPECT_EQ(Fault(more), "m.gltf: mesh 'square' POSITION has 900000000 elements, which is too much");
-    more = text;
-    more.replace(more.find("{\"bufferView\":0,"), 16, "{");
-    more.replace(more.find(count), count.size(), "\"count\":9000000");
-    EXPECT_EQ(Fault(more), "m.gltf: mesh 'square' POSITION has 9000000 elements, which is too much");
+    const auto claiming = [](std::string text, int elements) {
+        const std::string count = "\"count\":";
+        return text.insert(text.find(count) + count.size() + 1, std::to_string(elements))
+            .erase(text.find(count) + count.size(), 1);
+    };
+    EXPECT_EQ(Fault(claiming(text, 2)),
+              "m.gltf: mesh 'square' POSITION reaches beyond its buffer, expected more bytes");
+    EXPECT_EQ(Fault(claiming(text, 900000000)),
+              "m.gltf: mesh 'square' POSITION has 900000000 elements, which is too much");
+    const std::string view = "\"bufferView\":0,";
+    EXPECT_EQ(Fault(claiming(text.erase(text.find(view), view.size()), 9000000)),
+              "m.gltf: mesh 'square' POSITION has 9000000 elements, which is too much");
 }
 
 TEST(GltfErrors, TreesOnly) {

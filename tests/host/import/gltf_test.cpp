@@ -138,9 +138,12 @@ TEST(Gltf, CamerasLookDownAfterTurningUp) {
     EXPECT_EQ(scene.lights[0].type, SPOT_LGT);
     EXPECT_NEAR(scene.lights[0].hotspot, 0.2 * 180 / M_PI, 1e-4);
     EXPECT_NEAR(scene.lights[0].falloff, 0.4 * 180 / M_PI, 1e-4);
-    // 4 candela, the root of 26 from the origin.
-    EXPECT_NEAR(scene.lights[0].multiplier, 4 / (M_PI * 26), 1e-6);
+    // 4 candela: a metre away 4 / pi of what shows white as white.
+    EXPECT_EQ(scene.lights[0].decay, DECAY_INVERSE_SQUARE);
+    EXPECT_FLOAT_EQ(scene.lights[0].decayStart, 0.01f);
+    EXPECT_NEAR(scene.lights[0].multiplier * 0.01f * 0.01f, 4 / M_PI, 1e-5);
     PlaceScene("m.gltf", scene, {2, UpAxis::kY});
+    EXPECT_FLOAT_EQ(scene.lights[0].decayStart, 0.02f);
     const std::vector<Matrix3> worlds = WorldMatrices(scene);
     const auto near = [](const Point3& a, const Point3& b) { EXPECT_LT(Length(a - b), 1e-5f); };
     near(worlds[0].GetTrans(), {0, -10, 0});
@@ -212,7 +215,8 @@ TEST(Gltf, MaterialsInTheStandardOnesTerms) {
     const ImportedScene scene = Read(g.Text(
         OneMesh("\"POSITION\":0", ",\"material\":1") +
         ",\"images\":[{\"uri\":\"data:image/png;base64,iVBORw0KGgo=\"},{\"uri\":\"none.png\"}],\"textures\":["
-        "{\"source\":0},{\"source\":1}],\"materials\":[{},{\"name\":\"red\",\"pbrMetallicRoughness\":{"
+        "{\"source\":0,\"sampler\":0},{\"source\":1}],\"samplers\":[{\"wrapS\":33648,\"wrapT\":33071}],\"materials\":[{"
+        "},{\"name\":\"red\",\"pbrMetallicRoughness\":{"
         "\"baseColorFactor\":[1,0,0,0.5],\"metallicFactor\":0,\"roughnessFactor\":0.25,\"baseColorTexture\":{\"index\":"
         "0,\"texCoord\":1,\"extensions\":{\"KHR_texture_transform\":{\"scale\":[2,3],\"offset\":[0.5,0.25]}}}},"
         "\"alphaMode\":\"BLEND\",\"emissiveFactor\":[0.5,0,0],\"emissiveTexture\":{\"index\":1}}]"));
@@ -225,11 +229,69 @@ TEST(Gltf, MaterialsInTheStandardOnesTerms) {
     EXPECT_FLOAT_EQ(m.selfIllum, 0.5f);
     ASSERT_EQ(m.maps.size(), 1u);
     EXPECT_EQ(m.maps[0].channel, 2);
+    EXPECT_EQ(m.maps[0].wrapU, kWrapMirror);
+    EXPECT_EQ(m.maps[0].wrapV, kWrapClamp);
     EXPECT_FLOAT_EQ(m.maps[0].tile[1], 3);
     EXPECT_FLOAT_EQ(m.maps[0].offset[0], -0.5f);
     EXPECT_FLOAT_EQ(m.maps[0].offset[1], 2.25f);
     EXPECT_EQ(scene.images.at(0).bytes, "\x89PNG\r\n\x1a\n");
     EXPECT_EQ(scene.notes, (std::vector<std::string>{"picture 'none.png' is not there in the file's own folder"}));
+}
+
+TEST(Gltf, AlphaCountsAsTheFileSays) {
+    const auto material = [](const std::string& more) {
+        GltfText g = SplitSquare();
+        return Read(g.Text(
+                        OneMesh("\"POSITION\":0", ",\"material\":0") +
+                        ",\"images\":[{\"uri\":\"data:image/png;base64,iVBORw0KGgo=\"}],\"textures\":[{\"source\":0}],"
+                        "\"materials\":[{\"pbrMetallicRoughness\":{\"baseColorFactor\":[1,1,1,0.25],"
+                        "\"baseColorTexture\":{\"index\":0}}" +
+                        more + "}]"))
+            .materials.at(0);
+    };
+    const ImportedMaterial opaque = material("");
+    EXPECT_EQ(opaque.opacity, 1);
+    EXPECT_EQ(opaque.opacityCutoff, 0);
+    EXPECT_FALSE(opaque.alphaOfDiffuse || opaque.isCoverage);
+    EXPECT_TRUE(opaque.timesMaps);
+    const ImportedMaterial blend = material(",\"alphaMode\":\"BLEND\",\"alphaCutoff\":0.75");
+    EXPECT_EQ(blend.opacity, 0.25f);
+    EXPECT_EQ(blend.opacityCutoff, 0);
+    EXPECT_TRUE(blend.alphaOfDiffuse && blend.isCoverage);
+    const ImportedMaterial mask = material(",\"alphaMode\":\"MASK\",\"alphaCutoff\":0.75");
+    EXPECT_EQ(mask.opacity, 0.25f);
+    EXPECT_EQ(mask.opacityCutoff, 0.75f);
+    EXPECT_TRUE(mask.alphaOfDiffuse && mask.isCoverage);
+    EXPECT_EQ(material(",\"alphaMode\":\"MASK\"").opacityCutoff, 0.5f);
+    // Nothing is less than 0: all of it is there.
+    const ImportedMaterial all = material(",\"alphaMode\":\"MASK\",\"alphaCutoff\":0");
+    EXPECT_EQ(all.opacity, 1);
+    EXPECT_FALSE(all.alphaOfDiffuse || all.isCoverage);
+}
+
+TEST(Gltf, MeshesOfOneMaterialHaveVertexColoursOrNone) {
+    GltfText g = SplitSquare();
+    const std::string colors = std::to_string(g.Floats("VEC4", 4, std::vector<float>(6 * 4, 0.5f)));
+    const auto mesh = [](const std::string& attributes, int material) {
+        return "{\"primitives\":[{\"attributes\":{\"POSITION\":0" + attributes +
+               "},\"material\":" + std::to_string(material) + "}]}";
+    };
+    const ImportedScene scene =
+        Read(g.Text(",\"meshes\":[" + mesh(",\"COLOR_0\":" + colors, 0) + "," + mesh("", 0) + "," + mesh("", 1) + "," +
+                    mesh(",\"COLOR_0\":" + colors, 2) +
+                    "],\"nodes\":[{\"mesh\":0},{\"mesh\":1},{\"mesh\":2},{\"mesh\":3}],\"materials\":[{\"alphaMode\":"
+                    "\"BLEND\"},{},{}]"));
+    EXPECT_TRUE(scene.materials.at(0).vertexColors && scene.materials[0].vertexAlphas);
+    EXPECT_FALSE(scene.materials.at(1).vertexColors || scene.materials[1].vertexAlphas);
+    EXPECT_TRUE(scene.materials.at(2).vertexColors);
+    EXPECT_FALSE(scene.materials[2].vertexAlphas) << "what is opaque has no use for alpha";
+    EXPECT_EQ(scene.meshes.at(0).mesh.maps.at(MAP_ALPHA).tv.at(0), Point3(0.5f, 0.5f, 0.5f));
+    for (const int channel : {MAP_VERTCOLOR, MAP_ALPHA}) {
+        const MeshMap& white = scene.meshes.at(1).mesh.maps.at(channel);
+        EXPECT_EQ(white.tv, std::vector<Point3>(1, Point3(1, 1, 1)));
+        EXPECT_EQ(white.tf.size(), 2u);
+        EXPECT_FALSE(scene.meshes.at(2).mesh.maps.contains(channel));
+    }
 }
 
 TEST(Gltf, MovingTheSceneMovesWhatIsSeen) {

@@ -4,32 +4,15 @@
 
 #include <rapidcheck/gtest.h>
 
+#include "host/damage.h"
+
 using namespace host;
 using namespace import_test;
 
 namespace {
 
-// Changes some bytes, cuts or repeats a stretch.
-std::string Damage(std::string text) {
-    const int changes = *rc::gen::inRange(0, 8);
-    for (int i = 0; i < changes && !text.empty(); ++i)
-        text[*rc::gen::inRange<size_t>(0, text.size())] =
-            *rc::gen::oneOf(rc::gen::arbitrary<char>(), rc::gen::elementOf(std::string("0123456789-/. \nvfeE")));
-    const size_t at = *rc::gen::inRange<size_t>(0, text.size() + 1), length = *rc::gen::inRange<size_t>(0, 20);
-    switch (*rc::gen::inRange(0, 4)) {
-    case 0:
-        text.resize(at);
-        break;
-    case 1:
-        text.erase(at, length);
-        break;
-    case 2:
-        text.insert(at, text.substr(at, length));
-        break;
-    default:
-        break;
-    }
-    return text;
+std::string Damaged(const std::string& file) {
+    return test::Damage(file, "0123456789-/. \nvfeE", 8, 20);
 }
 
 void CheckWhole(const std::vector<ImportedMesh>& meshes) {
@@ -75,13 +58,13 @@ std::string BinaryPly() {
 } // namespace
 
 RC_GTEST_PROP(ImportFuzz, Obj, ()) {
-    Try(ImportObj, Damage(kObj));
+    Try(ImportObj, Damaged(kObj));
 }
 
 RC_GTEST_PROP(ImportFuzz, AsciiPly, ()) {
-    Try(ImportPly, Damage(kAscii));
+    Try(ImportPly, Damaged(kAscii));
 }
 
 RC_GTEST_PROP(ImportFuzz, BinaryPly, ()) {
-    Try(ImportPly, Damage(BinaryPly()));
+    Try(ImportPly, Damaged(BinaryPly()));
 }

@@ -8,39 +8,22 @@
 #include <fstream>
 #include <string>
 
-#include "import/mesh_import.h"
+#include "host/error_of.h"
+#include "import/imported_scene.h"
+#include "temp_folder.h"
 
 namespace import_test {
 
-/// A folder of its own for a test, deleted with it.
-class TempFolder {
-public:
-    TempFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velmar_import_XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
-    ~TempFolder() { std::filesystem::remove_all(path_); }
-    /// Writes a file and returns its path.
-    std::string Write(const std::string& name, const std::string& content) const {
-        const std::string path = path_ + "/" + name;
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
-    const std::string& Path() const { return path_; }
+using test::ErrorOf;
+using test::TempFolder;
 
-private:
-    std::string path_;
-};
-
-/// The message of the error that `f` throws; empty when it throws none.
-template <class F>
-std::string ErrorOf(F&& f) {
-    try {
-        f();
-    } catch (const host::Error& e) {
-        return e.what();
-    }
-    return {};
+/// Transforms of all nodes in the scene at rest.
+inline std::vector<Matrix3> WorldMatrices(const host::ImportedScene& scene) {
+    std::vector<Matrix3> worlds;
+    for (const host::ImportedNode& node : scene.nodes)
+        worlds.push_back(node.parent < 0 ? host::LocalMatrix(node)
+                                         : host::LocalMatrix(node) * worlds[size_t(node.parent)]);
+    return worlds;
 }
 
 inline std::vector<int> Corners(const Mesh& mesh, int f) {

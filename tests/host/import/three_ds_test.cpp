@@ -16,9 +16,9 @@ struct Triangle {
 };
 
 // A mesh object; `groups` are the faces' smoothing groups, `uv` mapping coordinates by vertex.
-std::string Object(const std::string& name, const std::vector<Point3>& verts, const std::vector<Triangle>& faces,
-                   const std::vector<uint32_t>& groups = {}, const std::vector<float>& uv = {},
-                   const std::string& faceParts = {}) {
+std::string ObjectChunk(const std::string& name, const std::vector<Point3>& verts, const std::vector<Triangle>& faces,
+                        const std::vector<uint32_t>& groups = {}, const std::vector<float>& uv = {},
+                        const std::string& faceParts = {}) {
     std::string points = Bytes(uint16_t(verts.size())), list = Bytes(uint16_t(faces.size()));
     for (const Point3& p : verts) points += Bytes(p.x) + Bytes(p.y) + Bytes(p.z);
     for (const Triangle& t : faces) list += Bytes(t.v[0]) + Bytes(t.v[1]) + Bytes(t.v[2]) + Bytes(uint16_t(7));
@@ -62,7 +62,7 @@ std::string Problem(const std::string& content) {
 } // namespace
 
 TEST(ThreeDs, WeldsSplitVerticesAndKeepsTheObjectsName) {
-    const auto meshes = Import3ds("m.3ds", File(Object("Bent", kBent, kTwo)));
+    const auto meshes = Import3ds("m.3ds", File(ObjectChunk("Bent", kBent, kTwo)));
     ASSERT_EQ(meshes.size(), 1u);
     EXPECT_EQ(meshes[0].name, "Bent");
     const Mesh& m = meshes[0].mesh;
@@ -75,22 +75,22 @@ TEST(ThreeDs, WeldsSplitVerticesAndKeepsTheObjectsName) {
 
 TEST(ThreeDs, CoincidentVerticesBecomeOne) {
     const std::vector<Point3> twice{kBent[0], kBent[1], kBent[2], {-0.0f, 0, 0}, kBent[2], kBent[3]};
-    const Mesh m = Import3ds("m.3ds", File(Object("a", twice, {{{0, 1, 2}}, {{3, 4, 5}}})))[0].mesh;
+    const Mesh m = Import3ds("m.3ds", File(ObjectChunk("a", twice, {{{0, 1, 2}}, {{3, 4, 5}}})))[0].mesh;
     EXPECT_EQ(m.getNumVerts(), 4);
     EXPECT_EQ(Corners(m, 1), (std::vector<int>{0, 2, 3}));
 }
 
 TEST(ThreeDs, SmoothingFollowsTheFilesGroups) {
-    const Mesh smooth = Import3ds("m.3ds", File(Object("a", kBent, kTwo, {1, 1})))[0].mesh;
+    const Mesh smooth = Import3ds("m.3ds", File(ObjectChunk("a", kBent, kTwo, {1, 1})))[0].mesh;
     EXPECT_EQ(smooth.faces[0].smGroup, smooth.faces[1].smGroup);
     EXPECT_NE(smooth.faces[0].smGroup, 0u);
-    const Mesh sharp = Import3ds("m.3ds", File(Object("a", kBent, kTwo, {1, 2})))[0].mesh;
+    const Mesh sharp = Import3ds("m.3ds", File(ObjectChunk("a", kBent, kTwo, {1, 2})))[0].mesh;
     EXPECT_EQ(sharp.faces[0].smGroup & sharp.faces[1].smGroup, 0u);
 }
 
 TEST(ThreeDs, MappingKeepsItsOwnIndices) {
     const std::vector<float> uv{0, 0, 1, 0, 1, 1, 0, 0};
-    const Mesh m = Import3ds("m.3ds", File(Object("a", kBent, kTwo, {}, uv)))[0].mesh;
+    const Mesh m = Import3ds("m.3ds", File(ObjectChunk("a", kBent, kTwo, {}, uv)))[0].mesh;
     ASSERT_TRUE(m.mapSupport(1));
     EXPECT_EQ(m.maps.at(1).tv.size(), 3u); // the last is the first again
     EXPECT_EQ(MapCorners(m, 1, 1), (std::vector<int>{0, 2, 0}));
@@ -100,8 +100,8 @@ TEST(ThreeDs, MappingKeepsItsOwnIndices) {
 TEST(ThreeDs, MaterialsBecomeIdsOfOneMesh) {
     const std::string content =
         File(Material("red") + Material("blue") +
-             Object("a", kBent, kTwo, {}, {}, FaceMaterial("red", {0}) + FaceMaterial("blue", {1})) +
-             Object("b", kBent, {kTwo[0]}, {}, {}, FaceMaterial("blue", {0})));
+             ObjectChunk("a", kBent, kTwo, {}, {}, FaceMaterial("red", {0}) + FaceMaterial("blue", {1})) +
+             ObjectChunk("b", kBent, {kTwo[0]}, {}, {}, FaceMaterial("blue", {0})));
     const auto meshes = Import3ds("m.3ds", content);
     ASSERT_EQ(meshes.size(), 2u);
     EXPECT_EQ(meshes[0].name, "a");
@@ -116,18 +116,18 @@ TEST(ThreeDs, MaterialsBecomeIdsOfOneMesh) {
 TEST(ThreeDs, SaysWhatIsWrong) {
     EXPECT_EQ(Problem(""), "m.3ds: is no .3ds file");
     EXPECT_EQ(Problem("no such thing"), "m.3ds: is no .3ds file");
-    const std::string whole = File(Object("a", kBent, kTwo));
+    const std::string whole = File(ObjectChunk("a", kBent, kTwo));
     EXPECT_EQ(Problem(whole.substr(0, 40)),
               "m.3ds: ends too early, expected " + std::to_string(whole.size()) + " bytes, it has 40");
     EXPECT_EQ(Problem(File("")).find("m.3ds: has no faces, expected at least one"), 0u);
     const std::vector<Point3> nan{{0, 0, 0}, {1, NAN, 0}, {1, 1, 0}};
-    EXPECT_EQ(Problem(File(Object("a", nan, {kTwo[0]}))),
+    EXPECT_EQ(Problem(File(ObjectChunk("a", nan, {kTwo[0]}))),
               "m.3ds: position of 'a' is not finite, expected finite numbers");
 }
 
 TEST(ThreeDs, ReadsTheMeshesOfThePackage) {
     const std::string horse = "/usr/share/glmark2/models/horse.3ds";
-    if (!std::filesystem::exists(horse)) GTEST_SKIP() << "needs the mesh of the package glmark2-data";
+    ASSERT_TRUE(std::filesystem::exists(horse)) << "install the package glmark2-data (tools/install_deps.sh does)";
     const auto meshes = ImportMeshes(horse);
     ASSERT_EQ(meshes.size(), 1u);
     EXPECT_EQ(meshes[0].name, "HORSE_L_Mate");

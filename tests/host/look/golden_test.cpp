@@ -10,6 +10,7 @@
 #include "picture_compare.h"
 #include "render/frame.h"
 #include "scene/loader.h"
+#include "temp_folder.h"
 
 namespace host {
 namespace {
@@ -26,11 +27,6 @@ std::vector<std::string> Names(const char* folder, const char* extension) {
 
 class HostLook : public testing::TestWithParam<std::string> {
 protected:
-    HostLook() {
-        std::string pattern = (fs::temp_directory_path() / "velmar_look_XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-    }
-    ~HostLook() override { fs::remove_all(folder_); }
     /// Renders an example after `--set`-like assignments and compares it with a golden picture.
     golden::Comparison Look(const std::string& name, const std::string& golden,
                             const std::vector<std::string>& sets = {}) const {
@@ -43,11 +39,11 @@ protected:
         FrameStats stats;
         scene.render.threads = 2;
         EXPECT_EQ(RenderFrame(core, scene.render, nullptr, picture, stats), FrameResult::kDone);
-        const std::string file = folder_ + "/picture.png";
+        const std::string file = folder_.Path() + "/picture.png";
         WritePicture(picture, file);
         return golden::Compare(file, VELMAR_TEST_DATA "/golden/host/" + golden + ".png");
     }
-    std::string folder_;
+    const test::TempFolder folder_;
 };
 
 TEST_P(HostLook, IsAsItWas) {
@@ -70,6 +66,9 @@ TEST_F(HostLookDiffers, WhenAValueChanges) {
     EXPECT_FALSE(Look("channel_bump", "channel_bump", {"left.bumpMapAmount=0.14"}).Close());
     EXPECT_FALSE(Look("map_noise_fractal", "map_noise_fractal", {"noise.phase=0.02"}).Close());
     EXPECT_FALSE(Look("light_far_attenuation", "light_far_attenuation", {"key.farEnd=4.1"}).Close());
+    EXPECT_FALSE(Look("import_lights", "import_lights", {"bulb.decay=1"}).Close());
+    EXPECT_FALSE(Look("import_alpha", "import_alpha", {"cut.opacityCutoff=0"}).Close());
+    EXPECT_FALSE(Look("map_sub_maps", "map_sub_maps", {"squares.map1='grain'"}).Close());
     EXPECT_FALSE(Look("camera_roll", "camera_roll", {"cam.roll=0.36"}).Close());
     EXPECT_FALSE(Look("effect_blur", "effect_blur", {"soft.radius=2.7"}).Close());
     EXPECT_FALSE(Look("effect_depth_fog", "effect_depth_fog", {"mist.far=15"}).Close());

@@ -3,9 +3,15 @@
 
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "sdk/shadecontext.h"
 
 namespace host {
+
+inline void ExpectColor(const Color& a, const Color& b, float tolerance = 1e-6f) {
+    for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], tolerance) << i;
+}
 
 /// A point at the origin, seen along -Z, with settable normal, coordinates and lights.
 class FlatContext : public ShadeContext {

@@ -108,6 +108,20 @@ TEST_F(BitmapMapTest, PixelCentresGiveThePixels) {
     EXPECT_EQ(At(0.75f, 0.25f), AColor(1, 1, 1, 1));
 }
 
+TEST_F(BitmapMapTest, ItsAlphaMayCountAsItsNumber) {
+    const auto mono = [&](float u, float v) {
+        sc_.uvw = {u, v, 0};
+        return map_.EvalMono(sc_);
+    };
+    EXPECT_FLOAT_EQ(mono(0.25f, 0.25f), 1 / 3.0f);
+    map_.Params()->SetValue(kBitmapMono, 0, int(kMonoAlpha));
+    EXPECT_EQ(mono(0.25f, 0.25f), 0.5f);
+    EXPECT_EQ(mono(0.75f, 0.25f), 1.0f);
+    EXPECT_EQ(mono(0.25f, 0.5f), 0.75f);
+    map_.Params()->SetValue(kOutAmount, 0, 0.5f);
+    EXPECT_EQ(mono(0.25f, 0.25f), 0.25f);
+}
+
 TEST_F(BitmapMapTest, BetweenCentresItIsBilinear) {
     EXPECT_EQ(At(0.5f, 0.75f), AColor(0.5f, 0.5f, 0, 1));
     EXPECT_EQ(At(0.25f, 0.5f), AColor(0.5f, 0, 0.5f, 0.75f));

@@ -8,15 +8,12 @@
 #include "host/statistics.h"
 #include "materials/checker_map.h"
 #include "materials/gradient_map.h"
+#include "materials/multiply_map.h"
 #include "materials/noise_map.h"
 #include "materials/vertex_color_map.h"
 
 namespace host {
 namespace {
-
-void ExpectColor(const Color& a, const Color& b, float tolerance = 1e-6f) {
-    for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], tolerance) << i;
-}
 
 using test::Statistics;
 
@@ -258,6 +255,140 @@ TEST(Bump, TheTiltIsTheSlope) {
     EXPECT_NEAR(map.EvalNormalPerturb(sc).x, -0.5f, 2e-3f);
     sc.alongU = sc.alongV; // no surface
     EXPECT_EQ(map.EvalNormalPerturb(sc), Point3());
+}
+
+/// A slope along x of a colour and a number of its own.
+class PlainMap : public Texmap {
+public:
+    PlainMap(const AColor& c, float mono, float slope) : color(c), mono_(mono), slope_(slope) {}
+    ~PlainMap() override { DeleteAllRefs(); }
+    AColor EvalColor(ShadeContext&) override { return ++asked, color; }
+    float EvalMono(ShadeContext&) override { return mono_; }
+    Point3 EvalNormalPerturb(ShadeContext&) override { return {-slope_, 0, 0}; }
+    void Update(TimeValue t, Interval&) override { updated = t; }
+    AColor color;
+    TimeValue updated = -1;
+    int asked = 0;
+
+private:
+    float mono_, slope_;
+};
+
+TEST(SubMaps, TakeThePlacesOfTheCheckersColours) {
+    CheckerMap checker;
+    PlainMap red({1, 0, 0, 0.5f}, 0.3f, 0), green({0, 1, 0}, 0.6f, 0);
+    EXPECT_EQ(checker.NumSubTexmaps(), 2);
+    checker.SetSubTexmap(1, &red);
+    checker.SetSubTexmap(2, &green); // there is no such input
+    EXPECT_EQ(checker.GetSubTexmap(0), nullptr);
+    EXPECT_EQ(checker.GetSubTexmap(1), &red);
+    EXPECT_EQ(checker.GetSubTexmap(2), nullptr);
+    EXPECT_FALSE(green.HasDependents());
+    FlatContext sc;
+    sc.uvw = {0.1f, 0.1f, 0};
+    EXPECT_EQ(checker.EvalColor(sc), AColor(0, 0, 0, 1));
+    EXPECT_EQ(red.asked, 0) << "a map that does not show is not asked";
+    sc.uvw = {0.6f, 0.1f, 0};
+    EXPECT_EQ(checker.EvalColor(sc), AColor(1, 0, 0, 0.5f));
+    sc.duvw = {8, 0, 0}; // over many squares
+    checker.SetSubTexmap(0, &green);
+    EXPECT_EQ(checker.EvalColor(sc), AColor(0.5f, 0.5f, 0, 0.75f));
+    Interval valid = FOREVER;
+    checker.Update(320, valid);
+    EXPECT_EQ(red.updated, 320);
+    EXPECT_EQ(green.updated, 320);
+}
+
+TEST(SubMaps, OfNoiseAndGradients) {
+    NoiseMap noise;
+    PlainMap red({1, 0, 0}, 0, 0), green({0, 1, 0}, 0, 0);
+    noise.SetSubTexmap(0, &red);
+    noise.SetSubTexmap(1, &green);
+    FlatContext sc;
+    sc.uvw = {0.31f, 0.77f, 0.53f};
+    const float value = noise.ValueAt(sc.uvw);
+    ExpectColor(Color(noise.EvalColor(sc)), {1 - value, value, 0});
+    GradientMap gradient;
+    EXPECT_EQ(gradient.NumSubTexmaps(), GradientMap::kMostKeys);
+    // Keys keep their maps wherever they stand.
+    gradient.Params()->SetValue(kGradientPosition, 0, 1.0f);
+    gradient.Params()->SetValue(ParamID(kGradientPosition + 1), 0, 0.0f);
+    gradient.Params()->SetValue(kGradientColor, 0, Color(0, 0, 1));
+    gradient.SetSubTexmap(1, &red);
+    sc.uvw = {0.25f, 0.5f, 0};
+    ExpectColor(Color(gradient.EvalColor(sc)), {0.75f, 0, 0.25f});
+    gradient.SetSubTexmap(0, &green);
+    ExpectColor(Color(gradient.EvalColor(sc)), {0.75f, 0.25f, 0});
+    ExpectColor(gradient.ColorAt(0), {1, 1, 1});
+}
+
+TEST(SubMaps, MixTheirReliefs) {
+    GradientMap gradient;
+    PlainMap flat({0, 0, 0}, 0, 0.5f), steep({1, 1, 1}, 1, 2);
+    gradient.SetSubTexmap(0, &flat);
+    gradient.SetSubTexmap(1, &steep);
+    FlatContext sc;
+    sc.uvw = {0.25f, 0.5f, 0};
+    // The ramp from height 0 to 1 rises by 1 along u, and the maps' slopes count by their shares.
+    EXPECT_NEAR(gradient.EvalNormalPerturb(sc).x, -(1 + 0.75f * 0.5f + 0.25f * 2), 1e-3f);
+    gradient.Params()->SetValue(kOutInvert, 0, 1);
+    gradient.Params()->SetValue(kOutLevel, 0, 2.0f);
+    EXPECT_NEAR(gradient.EvalNormalPerturb(sc).x, 2 * (1 + 0.75f * 0.5f + 0.25f * 2), 1e-3f);
+}
+
+TEST(SubMaps, MayGoAndMayNotContainTheirOwners) {
+    CheckerMap outer, inner;
+    outer.SetSubTexmap(0, &inner);
+    inner.SetSubTexmap(0, &outer);
+    EXPECT_EQ(inner.GetSubTexmap(0), nullptr);
+    inner.SetSubTexmap(1, &inner);
+    EXPECT_EQ(inner.GetSubTexmap(1), nullptr);
+    FlatContext sc;
+    sc.uvw = {0.1f, 0.1f, 0};
+    {
+        PlainMap red({1, 0, 0}, 0, 0);
+        inner.SetSubTexmap(0, &red);
+        EXPECT_EQ(outer.EvalColor(sc), AColor(1, 0, 0, 1));
+    }
+    EXPECT_EQ(inner.GetSubTexmap(0), nullptr);
+    EXPECT_EQ(outer.EvalColor(sc), AColor(0, 0, 0, 1));
+}
+
+TEST(SubMaps, CopiesShareWhatCannotBeCopied) {
+    CheckerMap checker;
+    PlainMap red({1, 0, 0}, 0, 0);
+    checker.SetSubTexmap(0, &red);
+    RemapDir remap;
+    auto* const copy = static_cast<CheckerMap*>(checker.Clone(remap));
+    EXPECT_EQ(copy->GetSubTexmap(0), &red);
+    FlatContext sc;
+    sc.uvw = {0.1f, 0.1f, 0};
+    EXPECT_EQ(copy->EvalColor(sc), AColor(1, 0, 0, 1));
+    copy->DeleteThis();
+}
+
+TEST(MultiplyMap, MultipliesColoursNumbersAndSlopes) {
+    MultiplyMap product;
+    FlatContext sc;
+    EXPECT_EQ(product.EvalColor(sc), AColor(1, 1, 1, 1));
+    PlainMap a({0.5f, 1, 0.25f, 0.5f}, 0.4f, 2), b({0.5f, 0.5f, 1, 0.5f}, 0.5f, 4);
+    product.SetSubTexmap(0, &a);
+    EXPECT_EQ(product.EvalColor(sc), a.color);
+    product.Params()->SetValue(kMultiplyColor2, 0, Color(1, 0.5f, 0));
+    EXPECT_EQ(product.EvalColor(sc), AColor(0.5f, 0.5f, 0, 0.5f));
+    EXPECT_FLOAT_EQ(product.EvalMono(sc), 0.4f * 0.5f);
+    product.SetSubTexmap(1, &b);
+    EXPECT_EQ(product.EvalColor(sc), AColor(0.25f, 0.5f, 0.25f, 0.25f));
+    EXPECT_FLOAT_EQ(product.EvalMono(sc), 0.2f);
+    EXPECT_FLOAT_EQ(product.EvalNormalPerturb(sc).x, -(2 * 0.5f + 4 * 0.4f));
+    product.Params()->SetValue(kOutInvert, 0, 1);
+    EXPECT_FLOAT_EQ(product.EvalMono(sc), 0.8f);
+    EXPECT_EQ(product.EvalColor(sc), AColor(0.75f, 0.5f, 0.75f, 0.25f));
+    EXPECT_FLOAT_EQ(product.EvalNormalPerturb(sc).x, 2 * 0.5f + 4 * 0.4f);
+    RemapDir remap;
+    auto* const copy = static_cast<MultiplyMap*>(product.Clone(remap));
+    EXPECT_EQ(copy->EvalColor(sc), product.EvalColor(sc));
+    copy->DeleteThis();
 }
 
 } // namespace

@@ -13,8 +13,23 @@
 namespace host {
 namespace {
 
-void ExpectColor(const Color& a, const Color& b) {
-    for (int i = 0; i < 3; ++i) EXPECT_NEAR(a[i], b[i], 1e-6f) << i;
+template <class T>
+void Set(StdMtl& m, int param, const T& value) {
+    m.Params()->SetValue(ParamID(param), 0, value);
+}
+
+/// A point in the light of a sun, above it unless said otherwise.
+struct LitContext : FlatContext {
+    SunDesc sun;
+    explicit LitContext(const Point3& toLight = {0, 0, 1}, const Color& color = {1, 1, 1}) : sun(toLight, color) {
+        Use(&sun);
+    }
+};
+
+/// What the material shows there.
+Color Shaded(Mtl& m, ShadeContext& sc) {
+    m.Shade(sc);
+    return sc.out.c;
 }
 
 /// A map of one colour.
@@ -32,90 +47,73 @@ private:
 
 TEST(StdMtl, DiffuseLightFollowsTheCosine) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.25f, 1));
-    FlatContext sc;
-    SunDesc sun({0.6f, 0, 0.8f}, {1, 2, 0.5f}), other({0, 0, 1});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.4f, 0.4f, 0.4f});
+    Set(m, kStdDiffuse, Color(0.5f, 0.25f, 1));
+    LitContext sc({0.6f, 0, 0.8f}, {1, 2, 0.5f});
+    SunDesc other({0, 0, 1});
+    ExpectColor(Shaded(m, sc), {0.4f, 0.4f, 0.4f});
     EXPECT_EQ(sc.out.t, Color());
     sc.Use(&other);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.9f, 0.65f, 1.4f});
+    ExpectColor(Shaded(m, sc), {0.9f, 0.65f, 1.4f});
 }
 
 TEST(StdMtl, HighlightIsBlinns) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0, 0, 0));
-    m.Params()->SetValue(kStdSpecular, 0, Color(1, 0.5f, 0));
-    m.Params()->SetValue(kStdSpecularLevel, 0, 2.0f);
-    m.Params()->SetValue(kStdGlossiness, 0, 0.3f);
-    FlatContext sc;
-    SunDesc sun({0.6f, 0, 0.8f});
-    sc.Use(&sun);
+    Set(m, kStdDiffuse, Color(0, 0, 0));
+    Set(m, kStdSpecular, Color(1, 0.5f, 0));
+    Set(m, kStdSpecularLevel, 2.0f);
+    Set(m, kStdGlossiness, 0.3f);
+    LitContext sc({0.6f, 0, 0.8f});
     m.Shade(sc);
     const float nh = Normalize(Point3(0.6f, 0, 1.8f)).z, s = 2 * std::pow(nh, 8.0f);
     ExpectColor(sc.out.c, {s, 0.5f * s, 0});
-    sun.affectSpecular = false;
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0, 0, 0});
+    sc.sun.affectSpecular = false;
+    ExpectColor(Shaded(m, sc), {0, 0, 0});
 }
 
 TEST(StdMtl, AmbientLightMeetsTheDiffuseColourUnlessUnlocked) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.5f, 0.5f));
-    m.Params()->SetValue(kStdAmbient, 0, Color(1, 0, 0));
+    Set(m, kStdDiffuse, Color(0.5f, 0.5f, 0.5f));
+    Set(m, kStdAmbient, Color(1, 0, 0));
     FlatContext sc;
     sc.ambientLight = {0.2f, 0.4f, 0.6f};
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.1f, 0.2f, 0.3f});
-    m.Params()->SetValue(kStdLockAmbient, 0, 0);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.2f, 0, 0});
+    ExpectColor(Shaded(m, sc), {0.1f, 0.2f, 0.3f});
+    Set(m, kStdLockAmbient, 0);
+    ExpectColor(Shaded(m, sc), {0.2f, 0, 0});
 }
 
 TEST(StdMtl, AmbientOnlyLightsCountAsAmbient) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.5f, 0.5f));
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sun.ambientOnly = true;
-    sc.Use(&sun);
-    m.Params()->SetValue(kStdSpecularLevel, 0, 1.0f);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.5f, 0.5f, 0.5f});
+    Set(m, kStdDiffuse, Color(0.5f, 0.5f, 0.5f));
+    LitContext sc;
+    sc.sun.ambientOnly = true;
+    Set(m, kStdSpecularLevel, 1.0f);
+    ExpectColor(Shaded(m, sc), {0.5f, 0.5f, 0.5f});
 }
 
 TEST(StdMtl, SelfIlluminationReplacesReflectedLight) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0.8f, 0.4f, 0));
-    m.Params()->SetValue(kStdSelfIllum, 0, 0.25f);
-    FlatContext sc;
-    SunDesc sun({0, 0, 1}, {0.5f, 0.5f, 0.5f});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.8f * 0.625f, 0.4f * 0.625f, 0});
+    Set(m, kStdDiffuse, Color(0.8f, 0.4f, 0));
+    Set(m, kStdSelfIllum, 0.25f);
+    LitContext sc({0, 0, 1}, {0.5f, 0.5f, 0.5f});
+    ExpectColor(Shaded(m, sc), {0.8f * 0.625f, 0.4f * 0.625f, 0});
 }
 
 TEST(StdMtl, OpacityScalesAllButTheHighlight) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 1, 1));
-    m.Params()->SetValue(kStdOpacity, 0, 0.25f);
-    m.Params()->SetValue(kStdSpecularLevel, 0, 1.0f);
-    m.Params()->SetValue(kStdSpecular, 0, Color(0.5f, 0.5f, 0.5f));
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.75f, 0.75f, 0.75f});
+    Set(m, kStdDiffuse, Color(1, 1, 1));
+    Set(m, kStdOpacity, 0.25f);
+    Set(m, kStdSpecularLevel, 1.0f);
+    Set(m, kStdSpecular, Color(0.5f, 0.5f, 0.5f));
+    LitContext sc;
+    ExpectColor(Shaded(m, sc), {0.75f, 0.75f, 0.75f});
     ExpectColor(sc.out.t, {0.75f, 0.75f, 0.75f});
     EXPECT_FLOAT_EQ(m.GetXParency(0, false), 0.75f);
 }
 
 TEST(StdMtl, InShadowModeOnlyTransparencyCounts) {
     StdMtl m;
-    m.Params()->SetValue(kStdOpacity, 0, 0.25f);
-    m.Params()->SetValue(kStdSelfIllum, 0, 1.0f);
+    Set(m, kStdOpacity, 0.25f);
+    Set(m, kStdSelfIllum, 1.0f);
     FlatContext sc;
     sc.mode = SCMODE_SHADOW;
     m.Shade(sc);
@@ -128,17 +126,13 @@ TEST(StdMtl, MapsReplaceTheirChannels) {
     FlatMap diffuse({0.2f, 0.4f, 0.6f}), opacity({0.5f, 0.5f, 0.5f});
     m.SetSubTexmap(ID_DI, &diffuse);
     m.SetSubTexmap(ID_OP, &opacity);
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.1f, 0.2f, 0.3f});
+    LitContext sc;
+    ExpectColor(Shaded(m, sc), {0.1f, 0.2f, 0.3f});
     ExpectColor(sc.out.t, {0.5f, 0.5f, 0.5f});
     ExpectColor(m.ShadowTransparency(sc), {0.5f, 0.5f, 0.5f});
     EXPECT_EQ(m.Requirements(0), MTLREQ_UV);
     sc.doMaps = 0;
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.588f, 0.588f, 0.588f});
+    ExpectColor(Shaded(m, sc), {0.588f, 0.588f, 0.588f});
     Interval valid = FOREVER;
     m.Update(160, valid);
     EXPECT_EQ(diffuse.updated, 160);
@@ -179,14 +173,12 @@ TEST(StdMtl, AShaderIsAskedThroughItsParameters) {
         TimeValue updated = -1;
     } shader;
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 0.5f, 0.25f));
-    m.Params()->SetValue(kStdSpecularLevel, 0, 3.0f);
-    m.Params()->SetValue(kStdGlossiness, 0, 0.7f);
-    m.Params()->SetValue(kStdOpacity, 0, 0.9f);
+    Set(m, kStdDiffuse, Color(1, 0.5f, 0.25f));
+    Set(m, kStdSpecularLevel, 3.0f);
+    Set(m, kStdGlossiness, 0.7f);
+    Set(m, kStdOpacity, 0.9f);
     m.SetShader(&shader);
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sc.Use(&sun);
+    LitContext sc;
     m.Shade(sc);
     EXPECT_EQ(sc.out.c, Color(0.125f, 0.25f, 0.5f));
     EXPECT_EQ(sc.out.t, Color(0.75f, 0.5f, 0.25f));
@@ -220,13 +212,13 @@ TEST(StdMtl, ClonesAreIndependentButShareUncopyableMaps) {
     StdMtl m;
     m.SetName("hide");
     m.SetSubTexmap(ID_DI, &map);
-    m.Params()->SetValue(kStdOpacity, 0, 0.5f);
+    Set(m, kStdOpacity, 0.5f);
     RemapDir remap;
     auto* const copy = static_cast<StdMtl*>(m.Clone(remap));
     EXPECT_EQ(copy->GetName(), "hide");
     EXPECT_EQ(copy->GetSubTexmap(ID_DI), &map);
     EXPECT_FLOAT_EQ(copy->GetXParency(0, false), 0.5f);
-    copy->Params()->SetValue(kStdOpacity, 0, 1.0f);
+    Set(*copy, kStdOpacity, 1.0f);
     EXPECT_FLOAT_EQ(copy->GetXParency(0, false), 0.0f);
     EXPECT_FLOAT_EQ(m.GetXParency(0, false), 0.5f);
     copy->DeleteThis();
@@ -235,23 +227,19 @@ TEST(StdMtl, ClonesAreIndependentButShareUncopyableMaps) {
 TEST(StdMtl, AmountsMixMapsWithValues) {
     StdMtl m;
     FlatMap blue({0, 0, 1}), bright({2, 2, 2});
-    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 0, 0));
-    m.Params()->SetValue(kStdSpecularLevel, 0, 3.0f);
+    Set(m, kStdDiffuse, Color(1, 0, 0));
+    Set(m, kStdSpecularLevel, 3.0f);
     m.SetSubTexmap(ID_DI, &blue);
     m.SetSubTexmap(ID_SS, &bright);
-    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_DI)), 0, 0.25f);
-    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_SS)), 0, 0.5f);
-    m.Params()->SetValue(kStdGlossiness, 0, 0.0f);
-    m.Params()->SetValue(kStdSpecular, 0, Color(0, 1, 0));
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.75f, 2, 0.25f}); // level 3 x 0.5 + 1 (the map inside 0..1) x 0.5
-    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_DI)), 0, 0);
-    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_SS)), 0, 0);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {1, 3, 0});
+    Set(m, kStdMapAmount + int(ID_DI), 0.25f);
+    Set(m, kStdMapAmount + int(ID_SS), 0.5f);
+    Set(m, kStdGlossiness, 0.0f);
+    Set(m, kStdSpecular, Color(0, 1, 0));
+    LitContext sc;
+    ExpectColor(Shaded(m, sc), {0.75f, 2, 0.25f}); // level 3 x 0.5 + 1 (the map inside 0..1) x 0.5
+    Set(m, kStdMapOn + int(ID_DI), 0);
+    Set(m, kStdMapOn + int(ID_SS), 0);
+    ExpectColor(Shaded(m, sc), {1, 3, 0});
 }
 
 TEST(StdMtl, TheAmbientMapNeedsAnUnlockedChannel) {
@@ -261,33 +249,27 @@ TEST(StdMtl, TheAmbientMapNeedsAnUnlockedChannel) {
     m.SetSubTexmap(ID_DI, &red);
     FlatContext sc;
     sc.ambientLight = {1, 1, 1};
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {1, 0, 0});
-    m.Params()->SetValue(kStdLockAmbient, 0, 0);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0, 0, 1});
+    ExpectColor(Shaded(m, sc), {1, 0, 0});
+    Set(m, kStdLockAmbient, 0);
+    ExpectColor(Shaded(m, sc), {0, 0, 1});
 }
 
 TEST(StdMtl, SelfIlluminationByColourIsAdded) {
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0.5f, 0.5f, 0.5f));
-    m.Params()->SetValue(kStdSelfIllumColorOn, 0, 1);
-    m.Params()->SetValue(kStdSelfIllumColor, 0, Color(0.25f, 0, 1));
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.75f, 0.5f, 1.5f});
+    Set(m, kStdDiffuse, Color(0.5f, 0.5f, 0.5f));
+    Set(m, kStdSelfIllumColorOn, 1);
+    Set(m, kStdSelfIllumColor, Color(0.25f, 0, 1));
+    LitContext sc;
+    ExpectColor(Shaded(m, sc), {0.75f, 0.5f, 1.5f});
 }
 
 TEST(StdMtl, OneSidedMaterialsAreNotThereFromBehind) {
     StdMtl m;
-    m.Params()->SetValue(kStdTwoSided, 0, 0);
+    Set(m, kStdTwoSided, 0);
     EXPECT_FALSE(m.GetTwoSided());
     FlatContext sc;
     sc.ambientLight = {1, 1, 1};
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.588f, 0.588f, 0.588f});
+    ExpectColor(Shaded(m, sc), {0.588f, 0.588f, 0.588f});
     EXPECT_EQ(sc.out.flags, 0u);
     sc.backFace = 1;
     m.Shade(sc);
@@ -303,17 +285,40 @@ TEST(StdMtl, OneSidedMaterialsAreNotThereFromBehind) {
     EXPECT_EQ(sc.out.t, Color(1, 1, 1));
 }
 
+TEST(StdMtl, BelowTheCutoffThereIsNothing) {
+    StdMtl m;
+    FlatMap alpha({0.4f, 0.4f, 0.4f});
+    Set(m, kStdDiffuse, Color(1, 1, 1));
+    Set(m, kStdSpecularLevel, 1.0f);
+    Set(m, kStdOpacityCutoff, 0.5f);
+    m.SetSubTexmap(ID_OP, &alpha);
+    LitContext sc;
+    m.Shade(sc);
+    EXPECT_EQ(sc.out.c, Color());
+    EXPECT_EQ(sc.out.t, Color(1, 1, 1));
+    EXPECT_EQ(sc.out.flags, SHADEOUT_NOTHING);
+    EXPECT_EQ(m.ShadowTransparency(sc), Color(1, 1, 1));
+    sc.out.flags = 0;
+    Set(m, kStdOpacityCutoff, 0.375f);
+    ExpectColor(Shaded(m, sc), {1.9f, 1.9f, 1.9f});
+    EXPECT_EQ(sc.out.t, Color());
+    EXPECT_EQ(sc.out.flags, 0u);
+    EXPECT_EQ(m.ShadowTransparency(sc), Color());
+    Set(m, kStdOpacity, 0.25f);
+    EXPECT_EQ(m.GetXParency(0, false), 1.0f);
+    Set(m, kStdOpacityCutoff, 0.25f);
+    EXPECT_EQ(m.GetXParency(0, false), 0.0f);
+}
+
 TEST(StdMtl, HighlightOfThePhongShader) {
     StdMtl m;
     PhongShader phong;
     m.SetShader(&phong);
-    m.Params()->SetValue(kStdDiffuse, 0, Color(0, 0, 0));
-    m.Params()->SetValue(kStdSpecular, 0, Color(1, 0.5f, 0));
-    m.Params()->SetValue(kStdSpecularLevel, 0, 2.0f);
-    m.Params()->SetValue(kStdGlossiness, 0, 0.3f);
-    FlatContext sc;
-    SunDesc sun({0.6f, 0, 0.8f});
-    sc.Use(&sun);
+    Set(m, kStdDiffuse, Color(0, 0, 0));
+    Set(m, kStdSpecular, Color(1, 0.5f, 0));
+    Set(m, kStdSpecularLevel, 2.0f);
+    Set(m, kStdGlossiness, 0.3f);
+    LitContext sc({0.6f, 0, 0.8f});
     m.Shade(sc);
     const float s = 2 * std::pow(0.8f, 8.0f); // the mirrored view is (0, 0, 1)
     ExpectColor(sc.out.c, {s, 0.5f * s, 0});
@@ -347,9 +352,9 @@ TEST(StdMtl, AShadersOwnValuesComeBeforeMaps) {
     OwnShader shader;
     FlatMap level({0.5f, 0.5f, 0.5f});
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 0.5f, 0.25f));
-    m.Params()->SetValue(kStdGlossiness, 0, 0.75f);
-    m.Params()->SetValue(kStdOpacity, 0, 0.5f);
+    Set(m, kStdDiffuse, Color(1, 0.5f, 0.25f));
+    Set(m, kStdGlossiness, 0.75f);
+    Set(m, kStdOpacity, 0.5f);
     m.SwitchShader(&shader);
     EXPECT_EQ(shader.own, Color(1, 0.5f, 0.25f));
     EXPECT_EQ(shader.glossiness, 0.75f);
@@ -375,41 +380,33 @@ TEST(StdMtl, ReliefsTiltTheNormalForTheScopeOfShading) {
         Point3 tilt{-0.75f, 0, 0};
     } slope;
     StdMtl m;
-    m.Params()->SetValue(kStdDiffuse, 0, Color(1, 1, 1));
+    Set(m, kStdDiffuse, Color(1, 1, 1));
     m.SetSubTexmap(ID_BU, &slope);
-    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_BU)), 0, 1.0f);
-    FlatContext sc;
-    SunDesc sun({0, 0, 1});
-    sc.Use(&sun);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.8f, 0.8f, 0.8f});
+    Set(m, kStdMapAmount + int(ID_BU), 1.0f);
+    LitContext sc;
+    ExpectColor(Shaded(m, sc), {0.8f, 0.8f, 0.8f});
     EXPECT_EQ(sc.normal, Point3(0, 0, 1));
     SunDesc left({-1, 0, 0});
     sc.lights = {&left};
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0.6f, 0.6f, 0.6f});
+    ExpectColor(Shaded(m, sc), {0.6f, 0.6f, 0.6f});
     sc.backFace = 1; // from behind the slope runs the other way
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0, 0, 0});
+    ExpectColor(Shaded(m, sc), {0, 0, 0});
     sc.backFace = 0;
-    m.Params()->SetValue(ParamID(kStdMapAmount + int(ID_BU)), 0, -1.0f);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {0, 0, 0});
-    sc.lights = {&sun};
+    Set(m, kStdMapAmount + int(ID_BU), -1.0f);
+    ExpectColor(Shaded(m, sc), {0, 0, 0});
+    sc.lights = {&sc.sun};
     slope.tilt = {NAN, 0, 0}; // counts as flat
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {1, 1, 1});
+    ExpectColor(Shaded(m, sc), {1, 1, 1});
     slope.tilt = {-0.75f, 0, 0};
-    m.Params()->SetValue(ParamID(kStdMapOn + int(ID_BU)), 0, 0);
-    m.Shade(sc);
-    ExpectColor(sc.out.c, {1, 1, 1});
+    Set(m, kStdMapOn + int(ID_BU), 0);
+    ExpectColor(Shaded(m, sc), {1, 1, 1});
 }
 
 TEST(MultiMtl, PicksByFaceId) {
     StdMtl red, green;
-    red.Params()->SetValue(kStdDiffuse, 0, Color(1, 0, 0));
-    green.Params()->SetValue(kStdDiffuse, 0, Color(0, 1, 0));
-    green.Params()->SetValue(kStdOpacity, 0, 0.5f);
+    Set(red, kStdDiffuse, Color(1, 0, 0));
+    Set(green, kStdDiffuse, Color(0, 1, 0));
+    Set(green, kStdOpacity, 0.5f);
     MultiMtl multi;
     multi.SetNumSubMtls(3);
     multi.SetSubMtl(0, &red);

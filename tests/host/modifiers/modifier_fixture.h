@@ -14,6 +14,12 @@ inline void ExpectNear(const Point3& a, const Point3& b, float tolerance = 1e-5f
     for (int k = 0; k < 3; ++k) EXPECT_NEAR(a[k], b[k], tolerance) << k;
 }
 
+inline BitArray Bits(int size, std::initializer_list<int> set) {
+    BitArray bits(size);
+    for (const int i : set) bits.Set(i);
+    return bits;
+}
+
 struct ModifierTest : testing::Test {
     host::Core core;
     TriObject* tri = core.Adopt(new TriObject);

@@ -10,12 +10,6 @@ namespace {
 using namespace host;
 using namespace modifier_test;
 
-BitArray Bits(int size, std::initializer_list<int> set) {
-    BitArray bits(size);
-    for (const int i : set) bits.Set(i);
-    return bits;
-}
-
 struct SelectionUndo : ModifierTest {
     MeshSelect* select = nullptr;
     SelectionUndo() {

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "light_fixture.h"
+#include "materials/checker_map.h"
 
 namespace host {
 namespace {
@@ -160,6 +161,23 @@ TEST_F(LightTest, ClearMaterialsThrowThinShadows) {
         if (std::string(node->GetName()) == "sheet") node->SetVisibility(0.5f);
     ASSERT_EQ(Render(), FrameResult::kDone);
     EXPECT_NEAR(ColorAt(20, 15).r, 0.875f * 0.875f, 1e-5f);
+}
+
+TEST_F(LightTest, ShadowsOfMapsAreAsSharpAsTheMaps) {
+    AddGround();
+    CheckerMap squares; // clear where x and y have the same sign
+    StdMtl* const cut = AddMaterial({1, 1, 1});
+    cut->SetSubTexmap(ID_OP, &squares);
+    Node* const sheet = AddMesh("sheet", PlaneMesh(4), cut);
+    sheet->SetNodeTM(0, TransMatrix({0, 0, 1}));
+    sheet->SetRenderFlags(true, false, true, true, true);
+    Light* const light = AddLight(DIRECT_LGT, {0, 0, 4}, {0, 0, 0});
+    light->Params()->SetValue(kLightShadows, 0, 1);
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_NEAR(ColorAt(28, 7).r, 1, 1e-5f);
+    EXPECT_NEAR(ColorAt(12, 23).r, 1, 1e-5f);
+    EXPECT_EQ(ColorAt(12, 7).r, 0.0f);
+    EXPECT_EQ(ColorAt(28, 23).r, 0.0f);
 }
 
 TEST_F(LightTest, ListsExcludeOrIncludeNodes) {

@@ -4,8 +4,11 @@
 #include <fstream>
 
 #include "../import/gltf_builder.h"
+#include "../materials/flat_context.h"
 #include "core/camera.h"
 #include "materials/bitmap_map.h"
+#include "materials/map_wrap.h"
+#include "materials/multiply_map.h"
 #include "modifiers/morph.h"
 #include "modifiers/skin.h"
 #include "scene_fixture.h"
@@ -94,10 +97,110 @@ TEST_F(ImportSceneTest, MaterialsAndEmbeddedPictures) {
     Mtl* const cloth = NodeOf("sail")->GetMtl();
     ASSERT_TRUE(cloth);
     EXPECT_EQ(cloth->GetName(), "cloth");
-    auto* const map = dynamic_cast<BitmapMap*>(cloth->GetSubTexmap(ID_DI));
+    // The colour x (the picture x the vertices' colours).
+    Texmap* const tinted = cloth->GetSubTexmap(ID_DI);
+    ASSERT_TRUE(tinted && tinted->ClassID() == MULTIPLY_CLASS_ID);
+    Texmap* const product = tinted->GetSubTexmap(1);
+    ASSERT_TRUE(product && product->ClassID() == MULTIPLY_CLASS_ID);
+    auto* const map = dynamic_cast<BitmapMap*>(product->GetSubTexmap(0));
     ASSERT_TRUE(map);
+    ASSERT_TRUE(product->GetSubTexmap(1));
+    EXPECT_EQ(product->GetSubTexmap(1)->ClassID(), VERTEX_COLOR_CLASS_ID);
     EXPECT_EQ(map->LoadError(), "");
+    EXPECT_EQ(FloatOf(map, "wrapU"), float(kWrapClamp));
+    EXPECT_EQ(FloatOf(map, "wrapV"), float(kWrapRepeat));
     EXPECT_FLOAT_EQ(cloth->GetXParency(0, false), 0.5f);
+}
+
+// A square whose picture is one pixel of magenta with the alpha 1/5, and whose vertices are grey with the alpha 3/4.
+std::string Pane(const std::string& more) {
+    using namespace import_test;
+    GltfText g = SplitSquare();
+    std::vector<float> grey;
+    for (int v = 0; v < 6; ++v) grey.insert(grey.end(), {0.5f, 0.5f, 0.5f, 0.75f});
+    const std::string colors = std::to_string(g.Floats("VEC4", 4, grey));
+    return g.Text(
+        OneMesh("\"POSITION\":0,\"COLOR_0\":" + colors, ",\"material\":0") +
+        ",\"images\":[{\"uri\":\"data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mP4z/"
+        "DfGAAGMgIyDFh2YwAAAABJRU5ErkJggg==\"}],\"textures\":[{\"source\":0}],"
+        "\"materials\":[{\"name\":\"pane\",\"pbrMetallicRoughness\":{\"baseColorFactor\":[0.25,1,1,0.5],"
+        "\"roughnessFactor\":0.5,\"baseColorTexture\":{\"index\":0}}" +
+        more + "}]");
+}
+
+// Shows what a square's material does where its vertex colours are those of the square.
+class PaneContext : public FlatContext {
+public:
+    Point3 UVW(int channel) override {
+        return channel == MAP_ALPHA ? Point3(0.75f, 0.75f, 0.75f) : Point3(0.5f, 0.5f, 0.5f);
+    }
+};
+
+TEST_F(ImportSceneTest, FactorsPicturesAndVerticesAreMultiplied) {
+    Write("pane.gltf", Pane(",\"alphaMode\":\"BLEND\""));
+    Load("[scene]\nimport = [\"pane.gltf\"]\n");
+    Mtl* const pane = NodeOf("it")->GetMtl();
+    ASSERT_TRUE(pane);
+    PaneContext sc;
+    const AColor color = pane->GetSubTexmap(ID_DI)->EvalColor(sc);
+    EXPECT_FLOAT_EQ(color.r, 0.125f);
+    EXPECT_FLOAT_EQ(color.g, 0);
+    EXPECT_FLOAT_EQ(color.b, 0.5f);
+    const float opacity = 0.5f * 0.2f * 0.75f;
+    EXPECT_NEAR(pane->GetSubTexmap(ID_OP)->EvalMono(sc), opacity, 1e-6f);
+    EXPECT_NEAR(pane->GetSubTexmap(ID_SS)->EvalMono(sc), 0.5f * opacity, 1e-6f);
+    EXPECT_NEAR(pane->ShadowTransparency(sc).r, 1 - opacity, 1e-6f);
+}
+
+TEST_F(ImportSceneTest, MasksCutOffAndOpaqueOnesDoNot) {
+    PaneContext sc;
+    const auto clear = [&](const std::string& more) {
+        core.ResetScene();
+        Write("pane.gltf", Pane(more));
+        Load("[scene]\nimport = [\"pane.gltf\"]\n");
+        return NodeOf("it")->GetMtl()->ShadowTransparency(sc).r;
+    };
+    EXPECT_EQ(clear(""), 0);
+    EXPECT_EQ(clear(",\"alphaMode\":\"MASK\""), 1);
+    EXPECT_EQ(clear(",\"alphaMode\":\"MASK\",\"alphaCutoff\":0.07"), 0); // the alpha is 0.075
+    EXPECT_EQ(clear(",\"alphaMode\":\"MASK\",\"alphaCutoff\":0.08"), 1);
+}
+
+TEST_F(ImportSceneTest, MeshesWithoutMaterialsShowTheirVertexColours) {
+    const std::string vertices = "v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 1 1 0 0 0 1\nf 1 2 3\n";
+    Write("colored.obj", vertices);
+    Write("colored.ply",
+          "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+          "property float red\nproperty float green\nproperty float blue\nelement face 1\n"
+          "property list uchar int vertex_indices\nend_header\n0 0 0 1 0 0\n1 0 0 0 1 0\n0 1 0 0 0 1\n"
+          "3 0 1 2\n");
+    import_test::GltfText g = import_test::SplitSquare();
+    const std::string colors = std::to_string(g.Floats("VEC3", 3, std::vector<float>(18, 0.5f)));
+    Write("bare.gltf", g.Text(import_test::OneMesh("\"POSITION\":0,\"COLOR_0\":" + colors)));
+    Load("[scene]\nimport = [{ file = \"colored.obj\", name = \"a\" }, { file = \"colored.ply\", name = \"b\" }, "
+         "\"bare.gltf\", \"quad.obj\", { file = \"colored.obj\", name = \"c\" }]\n"
+         "[[material]]\nname = \"own\"\n[[node]]\nname = \"c\"\nmaterial = \"own\"\n");
+    PaneContext sc;
+    for (const char* const name : {"a", "b", "it"}) {
+        Mtl* const mtl = NodeOf(name)->GetMtl();
+        ASSERT_TRUE(mtl) << name;
+        EXPECT_EQ(Color(mtl->GetSubTexmap(ID_DI)->EvalColor(sc)), Color(0.5f, 0.5f, 0.5f)) << name;
+    }
+    EXPECT_EQ(NodeOf("quad")->GetMtl(), nullptr);
+    EXPECT_EQ(NodeOf("c")->GetMtl()->GetName(), "own");
+}
+
+TEST_F(ImportSceneTest, FacesWithoutMaterialBesideOthersAreWhite) {
+    import_test::GltfText g = import_test::SplitSquare();
+    Write("two.gltf",
+          g.Text(import_test::OneMesh("\"POSITION\":0", ",\"material\":0},{\"attributes\":{\"POSITION\":0}") +
+                 ",\"materials\":[{\"name\":\"paint\"}]"));
+    Load("[scene]\nimport = [\"two.gltf\"]\n");
+    Mtl* const both = NodeOf("it")->GetMtl();
+    ASSERT_TRUE(both && both->IsMultiMtl());
+    EXPECT_EQ(both->GetSubMtl(0)->GetName(), "paint");
+    ASSERT_TRUE(both->GetSubMtl(1));
+    EXPECT_EQ(both->GetSubMtl(1)->GetDiffuse(), Color(1, 1, 1));
 }
 
 TEST_F(ImportSceneTest, TheScenesUnitAndKeysCount) {
@@ -121,8 +224,11 @@ TEST_F(ImportSceneTest, CamerasLightsAndLines) {
         Object* const object = node->GetObjectRef();
         if (!object) continue;
         cameras += object->SuperClassID() == CAMERA_CLASS_ID;
-        lights += object->SuperClassID() == LIGHT_CLASS_ID;
         shapes += object->SuperClassID() == SHAPE_CLASS_ID;
+        if (object->SuperClassID() != LIGHT_CLASS_ID) continue;
+        ++lights;
+        const bool direct = object->ClassID() == DIR_LIGHT_CLASS_ID;
+        EXPECT_EQ(FloatOf(object, "decay"), float(direct ? DECAY_NONE : DECAY_INVERSE_SQUARE));
     }
     EXPECT_EQ(cameras, 3);
     EXPECT_EQ(lights, 3);

@@ -27,12 +27,13 @@ TEST(SceneDocs, TheCheckedInPageIsWhatTheProgramWrites) {
 }
 
 TEST(SceneDocs, EveryKeyIsDescribedAndEveryDefaultReads) {
+    const std::string reference = SceneReference();
     for (const SceneSection& section : SceneSections()) {
         std::set<std::string> seen;
         for (const SceneKey& key : section.keys) {
             EXPECT_TRUE(seen.insert(key.name).second) << key.name;
             EXPECT_NE(std::string(key.text), "") << key.name;
-            EXPECT_NE(SceneReference().find("`" + std::string(key.name) + "`"), std::string::npos);
+            EXPECT_NE(reference.find(std::string("`").append(key.name).append("`")), std::string::npos) << key.name;
             if (!*key.defaultText) continue;
             const std::string text = std::string(key.name) + " = " + key.defaultText;
             const TomlValue table = ParseToml("default", text);

@@ -7,40 +7,24 @@
 #include <fstream>
 #include <string>
 
+#include "host/error_of.h"
 #include "render/frame.h"
 #include "scene/loader.h"
+#include "temp_folder.h"
 
 namespace scene_test {
 
-/// The message of the error that `f` throws; empty when it throws none.
-template <class F>
-std::string ErrorOf(F&& f) {
-    try {
-        f();
-    } catch (const host::Error& e) {
-        return e.what();
-    }
-    return {};
-}
+using test::ErrorOf;
 
 class SceneTest : public testing::Test {
 protected:
     SceneTest() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velmar_scene_XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
         core.SetQuietMode(true);
         host::RegisterRenderClasses(core);
         Write("quad.obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3 4\nf 1 1 2\n");
         Write("two.obj", "v 0 0 0\nv 1 0 0\nv 1 1 0\no left\nf 1 2 3\no right\nf 3 2 1\n");
     }
-    ~SceneTest() override { std::filesystem::remove_all(folder_); }
-
-    std::string Write(const std::string& name, const std::string& content) const {
-        const std::string path = folder_ + "/" + name;
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        std::ofstream(path, std::ios::binary) << content;
-        return path;
-    }
+    std::string Write(const std::string& name, const std::string& content) const { return temp_.Write(name, content); }
     /// The library with the fur and hair classes.
     void LoadPlugin() {
         std::string error;
@@ -64,7 +48,8 @@ protected:
         return p.block->GetColor(p.def->id, t);
     }
 
-    std::string folder_;
+    const test::TempFolder temp_;
+    const std::string folder_ = temp_.Path();
     host::Core core;
     host::Core::Scope current{core};
 };

@@ -4,6 +4,7 @@
 
 #include <rapidcheck/gtest.h>
 
+#include "host/damage.h"
 #include "scene/toml_value.h"
 
 using namespace host;
@@ -19,26 +20,8 @@ const std::string kScene =
     "primitive = 'plane'\nsegments = 2\nmaterial = 'mm'\nproperties = {a = 1}\n[[keys]]\nnode = 'n'\n"
     "position = [[0, 0, 0, 0], [5, 1, 1, 1]]\n[[keys]]\nobject = 'l'\nparameter = 'multiplier'\nvalues = [[0, 1]]\n";
 
-std::string Damage(std::string text) {
-    const int changes = *rc::gen::inRange(0, 6);
-    for (int i = 0; i < changes && !text.empty(); ++i)
-        text[*rc::gen::inRange<size_t>(0, text.size())] =
-            *rc::gen::oneOf(rc::gen::arbitrary<char>(), rc::gen::elementOf(std::string("0129-+.e_[]{}='\",#\n tf")));
-    const size_t at = *rc::gen::inRange<size_t>(0, text.size() + 1), length = *rc::gen::inRange<size_t>(0, 40);
-    switch (*rc::gen::inRange(0, 4)) {
-    case 0:
-        text.resize(at);
-        break;
-    case 1:
-        text.erase(at, length);
-        break;
-    case 2:
-        text.insert(at, text.substr(at, length));
-        break;
-    default:
-        break;
-    }
-    return text;
+std::string DamagedScene() {
+    return test::Damage(kScene, "0129-+.e_[]{}='\",#\n tf", 6, 40);
 }
 
 class SceneFuzz : public scene_test::SceneTest {};
@@ -46,13 +29,13 @@ class SceneFuzz : public scene_test::SceneTest {};
 } // namespace
 
 RC_GTEST_PROP(TomlFuzz, Text, ()) {
-    const std::string text = Damage(kScene);
+    const std::string text = DamagedScene();
     const std::string problem = scene_test::ErrorOf([&] { ParseToml("f", text); });
     RC_ASSERT(problem.find('\n') == std::string::npos);
 }
 
 RC_GTEST_FIXTURE_PROP(SceneFuzz, Loading, ()) {
     core.ResetScene();
-    const std::string problem = scene_test::ErrorOf([&] { Load(Damage(kScene)); });
+    const std::string problem = scene_test::ErrorOf([&] { Load(DamagedScene()); });
     RC_ASSERT(problem.find('\n') == std::string::npos);
 }

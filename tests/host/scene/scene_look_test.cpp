@@ -5,6 +5,7 @@
 #include "core/camera.h"
 #include "core/light.h"
 #include "materials/gradient_map.h"
+#include "materials/multiply_map.h"
 #include "materials/std_mtl.h"
 #include "scene_fixture.h"
 
@@ -52,12 +53,48 @@ TEST_F(SceneLook, MapsHaveTheirOwnKeys) {
     for (const auto& [name, value] : output) EXPECT_EQ(FloatOf(s.objects.at("c"), name), value) << name;
 }
 
+TEST_F(SceneLook, MapsStandForColoursOfMaps) {
+    const LoadedScene s =
+        Load("[[map]]\nname = 'c'\ntype = 'checker'\nmap1 = 'g'\nmap2 = 'n'\n"
+             "[[map]]\nname = 'g'\ntype = 'gradient'\nkeys = [[0, 1, 0, 0], [0.5, 0, 1, 0], [1, 0, 0, "
+             "1]]\nkey_maps = ['', 'n']\n"
+             "[[map]]\nname = 'n'\ntype = 'noise'\nmap1 = 'm'\n"
+             "[[map]]\nname = 'm'\ntype = 'multiply'\ncolor2 = [0.5, 0.25, 1]\n");
+    const auto map = [&](const char* name) { return static_cast<Texmap*>(s.objects.at(name)); };
+    EXPECT_EQ(map("c")->GetSubTexmap(0), map("g"));
+    EXPECT_EQ(map("c")->GetSubTexmap(1), map("n"));
+    EXPECT_EQ(map("g")->GetSubTexmap(0), nullptr);
+    EXPECT_EQ(map("g")->GetSubTexmap(1), map("n"));
+    EXPECT_EQ(map("g")->GetSubTexmap(2), nullptr);
+    EXPECT_EQ(map("n")->GetSubTexmap(0), map("m"));
+    EXPECT_EQ(map("m")->ClassID(), MULTIPLY_CLASS_ID);
+    EXPECT_EQ(PointOf(map("m"), "color1"), Point3(1, 1, 1));
+    EXPECT_EQ(PointOf(map("m"), "color2"), Point3(0.5f, 0.25f, 1));
+}
+
+TEST_F(SceneLook, WrongSubMapsAreNamed) {
+    const auto problem = [&](const std::string& keys) { return Problem("[[map]]\nname = 'a'\n" + keys); };
+    EXPECT_EQ(problem("type = 'checker'\nmap1 = 'b'\n"), "s.toml:4: unknown map 'b', expected one like 'a'");
+    EXPECT_EQ(problem("type = 'checker'\nmap2 = 'a'\n"), "s.toml:4: map 'a' contains this one, expected others");
+    EXPECT_EQ(problem("type = 'noise'\nmap1 = 'b'\n[[map]]\nname = 'b'\ntype = 'multiply'\nmap2 = 'a'\n"),
+              "s.toml:8: map 'a' contains this one, expected others");
+    EXPECT_EQ(problem("type = 'gradient'\nmap1 = 'a'\n"),
+              "s.toml:4: 'map1' in a map of another type, expected checker, noise or multiply");
+    EXPECT_EQ(problem("type = 'noise'\nkey_maps = ['a']\n"),
+              "s.toml:4: 'key_maps' in a map of another type, expected gradient");
+    EXPECT_EQ(problem("type = 'gradient'\nkey_maps = ['', '', '']\n"),
+              "s.toml:4: 3 maps in 'key_maps', expected at most one for each of the 2 keys");
+    EXPECT_EQ(problem("type = 'gradient'\nkey_maps = ['c']\n"), "s.toml:4: unknown map 'c', expected one like 'a'");
+    EXPECT_EQ(problem("type = 'multiply'\nmono = 'luma'\n"), "s.toml:4: 'mono' is 'luma', expected intensity or alpha");
+}
+
 TEST_F(SceneLook, MaterialsTakeAmountsSwitchesAndShaders) {
-    const LoadedScene s = Load("[[map]]\nname = 'c'\ntype = 'checker'\n"
-                               "[[material]]\nname = 'm'\nshader = 'phong'\ntwo_sided = false\n"
-                               "self_illumination_color = [0.25, 0.5, 1]\nmaps = { ambient = 'c', bump = 'c' }\n"
-                               "map_amounts = { ambient = 0.5, bump = -2 }\nmaps_off = ['bump']\n"
-                               "[[material]]\nname = 'plain'\n");
+    const LoadedScene s =
+        Load("[[map]]\nname = 'c'\ntype = 'checker'\n"
+             "[[material]]\nname = 'm'\nshader = 'phong'\ntwo_sided = false\n"
+             "self_illumination_color = [0.25, 0.5, 1]\nmaps = { ambient = 'c', bump = 'c' }\n"
+             "map_amounts = { ambient = 0.5, bump = -2 }\nmaps_off = ['bump']\nopacity_cutoff = 0.25\n"
+             "[[material]]\nname = 'plain'\n");
     auto* const m = static_cast<StdMtl*>(s.objects.at("m"));
     ASSERT_NE(m->GetShader(), nullptr);
     EXPECT_EQ(m->GetShader()->ClassID(), PHONG_SHADER_CLASS_ID);
@@ -69,6 +106,7 @@ TEST_F(SceneLook, MaterialsTakeAmountsSwitchesAndShaders) {
     EXPECT_EQ(FloatOf(m, "ambientMapAmount"), 0.5f);
     EXPECT_EQ(FloatOf(m, "bumpMapAmount"), -2.0f);
     EXPECT_EQ(FloatOf(m, "bumpMapOn"), 0.0f);
+    EXPECT_EQ(FloatOf(m, "opacityCutoff"), 0.25f);
     EXPECT_EQ(FloatOf(m, "ambientMapOn"), 1.0f);
     auto* const plain = static_cast<StdMtl*>(s.objects.at("plain"));
     EXPECT_EQ(plain->GetShader(), nullptr);
