@@ -58,6 +58,10 @@ public:
         lists.free = block;
     }
 
+    /// For a call of Alloc that failed: tells the failure callback, the first time. Apart from Alloc, because the user
+    /// is told, and no lock should be held for so long.
+    void TellFailure();
+
     size_t GetSize() const { return chunkCount_.load(std::memory_order_relaxed) * blockSize_ * blockCount_; }
 
 private:
@@ -98,7 +102,9 @@ public:
     Pool(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr);
 
     void* Alloc(int slot) override {
-        return section_.Run([&] { return lists_.Alloc(slot); });
+        void* block = section_.Run([&] { return lists_.Alloc(slot); });
+        if (!block) lists_.TellFailure();
+        return block;
     }
     void Free(void* block, int slot) override {
         section_.Run([&] { lists_.Free(block, slot); });
@@ -117,7 +123,11 @@ public:
     MemoryManager(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr)
         : lists_(blockSize, blockCount, tracker) {}
 
-    void* Alloc(int slot) override { return lists_.Alloc(slot); }
+    void* Alloc(int slot) override {
+        void* block = lists_.Alloc(slot);
+        if (!block) lists_.TellFailure();
+        return block;
+    }
     void Free(void* block, int slot) override { lists_.Free(block, slot); }
     size_t GetSize() const override { return lists_.GetSize(); }
 
