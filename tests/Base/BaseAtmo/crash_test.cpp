@@ -173,6 +173,7 @@ TEST_F(CrashTest, RenderThreadsThatFailGiveNoHairAndAreReportedOnce) {
 }
 
 TEST_F(CrashTest, AnEstimateThatFailsIsEmptyAndReported) {
+    [[maybe_unused]] const LeaksAllowed leaks{}; // of the frames that are left
     BaseAtmo* fur = MakeFurOnTrap();
     trap.on = true;
     for (size_t i = 1; i <= 2; ++i) {
@@ -186,6 +187,7 @@ TEST_F(CrashTest, AnEstimateThatFailsIsEmptyAndReported) {
 }
 
 TEST_F(CrashTest, AnUpdateThatFailsIsReportedAndHoldsForNoTime) {
+    [[maybe_unused]] const LeaksAllowed leaks{}; // of the frames that are left
     BaseAtmo* fur = MakeFurOnTrap();
     for (int i = 1; i <= 2; ++i) {
         const TimeValue t = 480 * i;
@@ -204,6 +206,7 @@ TEST_F(CrashTest, AnUpdateThatFailsIsReportedAndHoldsForNoTime) {
 
 // The parameters were those of the failed time already: what had held before does not hold any more.
 TEST_F(CrashTest, AnUpdateThatFailsLeavesNothingOfTheFormerTime) {
+    [[maybe_unused]] const LeaksAllowed leaks{}; // of the frames that are left
     BaseAtmo* fur = MakeFurOnTrap();
     Trap open;
     ASSERT_TRUE(fur->BlockOf(pid_densPerArea)->SetController(pid_densPerArea, new TrapController(open)));
