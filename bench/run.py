@@ -24,7 +24,7 @@ def heading(text):
 def rates(program):
     """Items a second of a Google Benchmark program, by benchmark name: medians of five."""
     report = json.loads(output(BENCH / program, "--benchmark_format=json", "--benchmark_repetitions=5",
-                               "--benchmark_min_time=0.3"))
+                               "--benchmark_min_time=0.3", "--benchmark_enable_random_interleaving=true"))
     return {re.sub(r"_median$", "", b["name"]): b["items_per_second"] for b in report["benchmarks"]
             if b["name"].endswith("_median")}
 

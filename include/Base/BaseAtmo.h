@@ -199,7 +199,8 @@ private:
     Interval groupValid_[kNumGroups];                    ///< by group bit
     Interval combinedValid_, emitterValid_, lastUpdate_; ///< all groups; the emitters; the last completed update
     HairParams params_;
-    int strandCount_ = -1; ///< drawn by the renderer; -1 unknown
+    bool updating_ = false; ///< on, while no update runs, after one that did not come to its end
+    int strandCount_ = -1;  ///< drawn by the renderer; -1 unknown
     diag::CriticalSection lock_;
     Source source_{*this};
 };

@@ -18,6 +18,12 @@
 
 struct SamplerRecord;
 
+/// What a bucket took to draw.
+struct DrawnBucket {
+    int strands = 0;
+    int64_t fragments = 0; ///< of an image
+};
+
 class HRendBuf {
 public:
     explicit HRendBuf(IHRendOwner& owner);
@@ -29,10 +35,11 @@ public:
 
     /// Sees to it that the bucket of pixel (x, y) exists, drawing it when it does not; in the shadow pass that is the
     /// whole map. Answers the elapsed milliseconds, at least 1, or 0 when nothing was drawn: the bucket was there, the
-    /// render is aborted, shadows are off, or the settings name an unknown kind of bucket. `progress`, `title` and
-    /// `context` may be null. `image`'s scales must be computed.
+    /// render is aborted, shadows are off, or the settings name an unknown kind of bucket. `progress`, `title`,
+    /// `context` and `drawn`, which counts what was drawn, may be null. `image`'s scales must be computed.
     int RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x, int y,
-                     IProgressIndicator* progress, const char* title, RenderGlobalContext* context);
+                     IProgressIndicator* progress, const char* title, RenderGlobalContext* context,
+                     DrawnBucket* drawn = nullptr);
     /// Depth precision of the shadow pass for hair without its own: the light's parameter, 0..10.
     void SetShadowQuality(float quality) { shadowQuality_ = quality; }
     bool HasBucket(int x, int y);
@@ -51,10 +58,6 @@ public:
     /// Frees buckets that were not used for longer than the owner's timeout.
     void ReleaseIdleBuckets();
     size_t MemoryInUse() const { return memoryBytes_; }
-    /// Strands drawn by the last RenderBucket.
-    int RenderedStrands() const { return renderedStrands_; }
-    /// Fragments that the last RenderBucket made.
-    int64_t MadeFragments() const { return madeFragments_; }
     TimeValue Time() const { return time_; }
     /// The shadow pass's result; not built when memory was tight, and ReadShadow answers instead.
     const CompactShadowMap& ShadowMap() const { return shadowMap_; }
@@ -134,8 +137,7 @@ private:
     std::unique_ptr<HRendBucket> current_;
     uint32_t peakIdle_ = 0;
     int peakIdleBucket_ = -1;
-    int renderedStrands_ = 0;
-    int64_t madeFragments_ = 0;
+    DrawnBucket drawn_; ///< of the bucket being drawn
     std::atomic<size_t> memoryBytes_{0};
     IProgressIndicator* progress_ = nullptr;
     int progressDone_ = 0, progressTotal_ = 0;

@@ -96,14 +96,15 @@ std::shared_ptr<CameraFrame> HairRender::CurrentFrame(ShadeContext& sc) {
 }
 
 void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
+    DrawnBucket drawn;
     const int elapsed = frame.buffer->RenderBucket(HRM_IMAGE, time_, frame.image, frame.view, pixel.x, pixel.y,
-                                                   ProgressFor(frame), nullptr, frame.context);
+                                                   ProgressFor(frame), nullptr, frame.context, &drawn);
     if (elapsed == 0) return;
-    stats_.strands += frame.buffer->RenderedStrands();
+    stats_.strands += drawn.strands;
     const int bytes = int(std::min<size_t>(frame.buffer->MemoryInUse(), 0x7fffffff));
     if (bytes > stats_.hairBytes) stats_.hairBytes = bytes;
     stats_.hairMs += elapsed;
-    stats_.fragments += frame.buffer->MadeFragments();
+    stats_.fragments += drawn.fragments;
 }
 
 bool HairRender::PreparePixel(ShadeContext& sc, Point3& p0, Point3& p1, IPoint2& pixel,

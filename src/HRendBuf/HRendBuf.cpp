@@ -21,7 +21,8 @@ HRendBuf::~HRendBuf() {
 }
 
 int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& image, const ViewParamsEx& view, int x,
-                           int y, IProgressIndicator* progress, const char* title, RenderGlobalContext* context) {
+                           int y, IProgressIndicator* progress, const char* title, RenderGlobalContext* context,
+                           DrawnBucket* drawn) {
     if (mode == HRM_GBUFFER) {
         owner_.Assert("The render buffer draws no G-buffer channels.");
         return 0;
@@ -36,7 +37,9 @@ int HRendBuf::RenderBucket(HRendMode mode, TimeValue time, const HairImageInfo& 
     context_ = context;
     progress_ = progress;
     if (!CreateGenerator()) return 0;
-    return RenderLocked(x, y, title);
+    const int elapsed = RenderLocked(x, y, title);
+    if (drawn) *drawn = drawn_; // now, before another thread draws the next one
+    return elapsed;
 }
 
 /// HasBucket, as a use of the bucket. A bucket that was found at this very tick is not looked for again: it cannot be
@@ -85,7 +88,7 @@ int HRendBuf::RenderLocked(int x, int y, const char* title) {
     ReleaseIdleBuckets();
     const uint32_t start = settings.tick();
     fieldSelect_ = mode_ == HRM_IMAGE ? FieldSelect(owner_.RenderParams()) : 0;
-    renderedStrands_ = 0;
+    drawn_ = {};
     if (owner_.Aborted()) return 0;
     if (mode_ == HRM_SHADOW && !settings.hairShadows) return 0;
 
@@ -156,7 +159,7 @@ void HRendBuf::RenderSource(IHairSource& source) {
     q = std::clamp(q, 0.0f, 10.0f);
     depthTolerance_ = HairMath::Pow(10.0f, -q) * (view_.farRange - view_.nearRange);
     ordered_.EndBatch(0);
-    renderedStrands_ += source.Render(*this);
+    drawn_.strands += source.Render(*this);
     // What the source has drawn but not merged still belongs to its own tolerance.
     if (ordered_.SampleBytes() > 0) MergeTiles(0);
     ordered_.EndBatch(0);
@@ -170,7 +173,7 @@ void HRendBuf::FinishBucket(int index) {
     else
         bucket.TakeTiles(ordered_.ImageTiles(), ordered_.ShadowTiles());
     ordered_.Release();
-    madeFragments_ = mode_ == HRM_SHADOW ? 0 : int64_t(bucket.FragmentCount());
+    drawn_.fragments = mode_ == HRM_SHADOW ? 0 : int64_t(bucket.FragmentCount());
     if (mode_ == HRM_SHADOW && !shadowMap_.IsBuilt() && !owner_.MemoryIsTight() && shadowMap_.Build(bucket))
         bucket.Compacted();
     if (progress_) progress_->SetObjectProgress(progressTotal_);

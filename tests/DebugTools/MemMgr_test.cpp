@@ -93,6 +93,22 @@ TEST(BlockAllocator, ABlockMayGoBackToAnotherSlot) {
     EXPECT_EQ(memory.GetSize(), 32u * 256);
 }
 
+// The user may take his time with the message: other threads must get on meanwhile.
+TEST(BlockAllocator, TheMessageIsShownOutsideTheSection) {
+    const LimitedChunks limit(0);
+    static Pool* pool = nullptr;
+    Pool exhausted(32, 256);
+    pool = &exhausted;
+    SetAllocFailureCallback([] {
+        diag::Thread other;
+        other.Start([] { pool->Alloc(1); });
+        other.Join();
+        ++failures;
+    });
+    EXPECT_EQ(pool->Alloc(0), nullptr);
+    EXPECT_EQ(failures, 1);
+}
+
 TEST(BlockAllocator, ExhaustionGivesNullAndOneMessagePerAllocator) {
     for (int threads : {1, 2}) {
         LimitedChunks limit(2);

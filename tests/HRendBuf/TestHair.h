@@ -161,8 +161,8 @@ struct TestView {
         image.ComputeScales(view);
     }
     int Render(HRendBuf& buffer, int x, int y, HRendMode mode = HRM_IMAGE, IProgressIndicator* progress = nullptr,
-               const char* title = nullptr) const {
-        return buffer.RenderBucket(mode, 0, image, view, x, y, progress, title, nullptr);
+               const char* title = nullptr, DrawnBucket* drawn = nullptr) const {
+        return buffer.RenderBucket(mode, 0, image, view, x, y, progress, title, nullptr, drawn);
     }
     void RenderAll(HRendBuf& buffer, HRendMode mode = HRM_IMAGE) const {
         for (int y = 0; y < image.height; ++y)

@@ -8,6 +8,7 @@
 #include "DebugTools/Assert.h"
 #include "DebugTools/MemTracker.h"
 #include "counted_new.h"
+#include "slowed.h"
 
 namespace {
 
@@ -91,6 +92,7 @@ protected:
     }
     /// Fails allocation after allocation: all of the first `dense`, then every `step`-th.
     void FailInTurn(int threads, int64_t dense, int64_t step, int64_t failures) {
+        dense /= kSlowed, step *= kSlowed;
         SetThreads(core, threads);
         const Picture whole = Render();
         ASSERT_GT(whole.Covered(), 100);

@@ -1,6 +1,7 @@
 // The whole program: the same scene gives the same picture, byte for byte, however it is rendered.
 
 #include "apps/run_program.h"
+#include "slowed.h"
 
 namespace {
 
@@ -39,7 +40,7 @@ emitters = ["ball"]
 [fur.set]
 pid_length = 0.5
 pid_thickness = 0.02
-pid_densPerArea = 250.0
+pid_densPerArea = DENSITY
 pid_fur_leanAngle = 30.0
 pid_fur_leanAmtRand = 0.3
 pid_vdirRand = 0.2
@@ -65,6 +66,7 @@ protected:
         std::string text = kScene;
         text.replace(text.find("RENDERER"), 8, renderer);
         text.replace(text.find("COAT"), 4, coat);
+        text.replace(text.find("DENSITY"), 7, std::to_string(250.0 / kSlowed));
         return text;
     }
     // The picture file's bytes.

@@ -58,6 +58,10 @@ public:
         lists.free = block;
     }
 
+    /// For a call of Alloc that failed: tells the failure callback, the first time. Apart from Alloc, because the user
+    /// is told, and no lock should be held for so long.
+    void TellFailure();
+
     size_t GetSize() const { return chunkCount_.load(std::memory_order_relaxed) * blockSize_ * blockCount_; }
 
 private:
@@ -70,25 +74,13 @@ private:
         Chunk* chunks = nullptr;
     };
 
-    // The usual sizes are filled in line, without a call.
+    // What the link leaves of the block. The size that nearly all blocks have, a fragment's, is filled without a call.
     void Fill(void* block) const {
-        switch (blockSize_) {
-        case 16:
-            std::memset(block, 0xCE, 16);
-            break;
-        case 24:
-            std::memset(block, 0xCE, 24);
-            break;
-        case 32:
-            std::memset(block, 0xCE, 32);
-            break;
-        case 48:
-            std::memset(block, 0xCE, 48);
-            break;
-        default:
-            std::memset(block, 0xCE, blockSize_);
-            break;
-        }
+        std::byte* const rest = static_cast<std::byte*>(block) + sizeof(void*);
+        if (blockSize_ == 24) [[likely]]
+            std::memset(rest, 0xCE, 24 - sizeof(void*));
+        else
+            std::memset(rest, 0xCE, blockSize_ - sizeof(void*));
     }
 
     bool AddChunk(Slot& lists);
@@ -110,12 +102,12 @@ public:
     Pool(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr);
 
     void* Alloc(int slot) override {
-        diag::BiasedLock lock(section_);
-        return lists_.Alloc(slot);
+        void* block = section_.Run([&] { return lists_.Alloc(slot); });
+        if (!block) lists_.TellFailure();
+        return block;
     }
     void Free(void* block, int slot) override {
-        diag::BiasedLock lock(section_);
-        lists_.Free(block, slot);
+        section_.Run([&] { lists_.Free(block, slot); });
     }
     size_t GetSize() const override { return lists_.GetSize(); }
 
@@ -131,7 +123,11 @@ public:
     MemoryManager(size_t blockSize, size_t blockCount, MemTracker* tracker = nullptr)
         : lists_(blockSize, blockCount, tracker) {}
 
-    void* Alloc(int slot) override { return lists_.Alloc(slot); }
+    void* Alloc(int slot) override {
+        void* block = lists_.Alloc(slot);
+        if (!block) lists_.TellFailure();
+        return block;
+    }
     void Free(void* block, int slot) override { lists_.Free(block, slot); }
     size_t GetSize() const override { return lists_.GetSize(); }
 

@@ -38,18 +38,26 @@ BiasedSection::BiasedSection() {
     if (ordinary_) owner_ = this;
 }
 
-bool BiasedSection::EnterSlowly() {
-    section_.Enter();
+bool BiasedSection::TakeOwnership() {
+    if (ordinary_.load(std::memory_order_acquire)) return false;
+    const ScopedLock lock(section_);
     if (ordinary_.load(std::memory_order_relaxed)) return false;
     if (!owner_.load(std::memory_order_relaxed)) {
         owner_.store(ThisThread(), std::memory_order_relaxed);
-        section_.Leave();
-        return Enter();
+        return true;
     }
     ordinary_.store(true, std::memory_order_seq_cst);
     BarrierOnAllProcessors();
     while (inside_.load(std::memory_order_acquire)) YieldThread();
+    owner_.store(this, std::memory_order_relaxed); // the earlier owner need not try any more
     return false;
+}
+
+// The owner has left by a fault, which ends no scope.
+void BiasedSection::OnFault(void* section) {
+    auto& self = *static_cast<BiasedSection*>(section);
+    if (self.owner_.load(std::memory_order_relaxed) == ThisThread())
+        self.inside_.store(false, std::memory_order_release);
 }
 
 } // namespace diag

@@ -53,16 +53,17 @@ bool BlockLists::AddChunk(Slot& lists) {
     const size_t bytes = blockSize_ * blockCount_;
     void* memory =
         countable ? memAllocShared(tracker_, sizeof(Chunk) + bytes, __LINE__, SourceName(__FILE__)) : nullptr;
-    if (!memory) {
-        const auto callback = failureCallback.load();
-        if (!failureShown_.exchange(true) && callback) callback();
-        return false;
-    }
+    if (!memory) return false;
     lists.chunks = new (memory) Chunk{lists.chunks};
     lists.next = static_cast<std::byte*>(memory) + sizeof(Chunk);
     lists.end = lists.next + bytes;
     chunkCount_.fetch_add(1, std::memory_order_relaxed);
     return true;
+}
+
+void BlockLists::TellFailure() {
+    const auto callback = failureCallback.load();
+    if (!failureShown_.exchange(true) && callback) callback();
 }
 
 } // namespace diag

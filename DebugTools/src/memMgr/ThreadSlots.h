@@ -1,6 +1,8 @@
 // Which thread owns which of 32 records.
 #pragma once
 
+#include "platform/ThreadValue.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -34,7 +36,7 @@ public:
 
 private:
     static constexpr uint64_t kTaken = uint64_t{1} << 32;
-    static inline thread_local int lastFound_ = 0;
+    static inline constinit THREAD_VALUE int lastFound_ = 0;
 
     std::atomic<uint64_t> owners_[kCount] = {};
 };

@@ -72,12 +72,12 @@ struct MemTracker {
     const ThreadOps* threads = nullptr;
     std::atomic<const RawAllocator*> raw{nullptr};
     MemSettings settings;
+    diag::ThreadSlots slots;
 
-    // Guarded by the lock of the thread operations.
-    std::atomic<uint64_t> allocated{0}, peak{0};
+    // Guarded by the lock of the thread operations. Apart from what all threads read all the time.
+    alignas(64) std::atomic<uint64_t> allocated{0}, peak{0};
     std::atomic<uint32_t> live{0}, peakLive{0}, requests{0};
 
-    diag::ThreadSlots slots;
     diag::ThreadRecord records[diag::ThreadSlots::kCount];
 
     Tracer* Profiler() const;

@@ -1,5 +1,6 @@
 // The cleanups of each thread, as a list through their stack frames.
 #include "DebugTools/platform/Fault.h"
+#include "DebugTools/platform/FaultWatch.h"
 #include "platform/ThreadValue.h"
 
 namespace diag {
@@ -27,6 +28,7 @@ void FaultCleanup::RunDownTo(FaultCleanup* last) {
         innermost = next->outer_;
         next->release_(next->what_);
     }
+    FaultWatch::TellAll();
 }
 
 } // namespace diag

@@ -24,8 +24,8 @@ struct TraceLocation {
 };
 static_assert(sizeof(TraceLocation) == 48);
 
-/// A thread's stack of scopes. Only its own thread writes.
-struct TraceThread {
+/// A thread's stack of scopes. Only its own thread writes, and no other thread's lies on its cache lines.
+struct alignas(64) TraceThread {
     std::atomic<uint32_t> id{0};
     std::atomic<int> depth{0};
     std::atomic<uint64_t> tracerTicks{0}; ///< spent on tracing itself

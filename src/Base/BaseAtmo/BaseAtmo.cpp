@@ -5,7 +5,7 @@
 #include "Base/DumMtl.h"
 #include "Base/SurfDist/SurfDist.h"
 #include "CurveCtl/CurveCtl.h"
-#include "DebugTools/Assert.h"
+#include "DebugTools/CrashReport.h"
 #include "HairDLL/StringTable.h"
 #include "sdk/core.h"
 
@@ -87,14 +87,13 @@ RefTargetHandle BaseAtmo::Clone(RemapDir& remap) {
     return copy;
 }
 
-// The material is on no node, so nobody else brings it to the time.
 int BaseAtmo::Update(TimeValue t, Interval& valid) {
-    try {
+    const auto update = [&] {
         UpdateAtTime(t, valid);
+        // The material is on no node, so nobody else brings it to the time.
         if (material_) material_->Update(t, valid);
-    } catch (...) {
-        diag::ReportException("in BaseAtmo::Update");
-    }
+    };
+    if (!diag::Guarded("in BaseAtmo::Update", update)) valid.SetEmpty();
     return 1;
 }
 

@@ -190,11 +190,15 @@ void BaseAtmo::UpdateEmitters(TimeValue t) {
 
 Interval BaseAtmo::UpdateAtTime(TimeValue t, Interval& validity) {
     diag::ScopedLock lock(lock_);
+    // A fault or an exception ended the last update: it left values of two times, and intervals that say otherwise.
+    if (updating_) InvalidateGroups(kAllGroups, false);
     params_.time = t;
     if (!lastUpdate_.InInterval(t)) {
+        updating_ = true;
         if (!combinedValid_.InInterval(t)) Refresh(t);
         if (!emitterValid_.InInterval(t)) UpdateEmitters(t);
         lastUpdate_ = combinedValid_ & emitterValid_;
+        updating_ = false;
     }
     validity &= lastUpdate_;
     return lastUpdate_;

@@ -7,6 +7,8 @@
 #include <sstream>
 
 #include "DebugTools/Assert.h"
+#include "DebugTools/MemTracker.h"
+#include "sdk/control.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -56,6 +58,24 @@ public:
         trap_.Pass();
         return TriObject::GetRenderMesh(t, node, needDelete);
     }
+    /// Holds at no other time, so that every time asks for it.
+    Interval ObjectValidity(TimeValue t) override { return {t, t}; }
+
+private:
+    Trap& trap_;
+};
+
+/// 1.5 at time 0, ever more afterwards.
+class TrapController : public Control {
+public:
+    explicit TrapController(Trap& trap) : trap_(trap) {}
+    SClass_ID SuperClassID() override { return CTRL_FLOAT_CLASS_ID; }
+    void GetValue(TimeValue t, void* value, Interval& valid) override {
+        trap_.Pass();
+        *static_cast<float*>(value) = 1.5f + float(t);
+        valid &= Interval(t, t);
+    }
+    void SetValue(TimeValue, const void*) override {}
 
 private:
     Trap& trap_;
@@ -99,6 +119,35 @@ protected:
         return count;
     }
 
+    /// An emitter of a fur object, whose mesh fails.
+    BaseAtmo* MakeFurOnTrap() {
+        BaseAtmo* fur = MakeFur();
+        auto* const trapObject = new TrapObject(trap);
+        trapObject->mesh = SphereMesh(10, 8, 12);
+        EXPECT_TRUE(fur->AddNode(pid_emitters, core.CreateNode("trap", trapObject)));
+        return fur;
+    }
+    /// An operation of the hair renderer whose parameter fails: reported each time, and the render has no hair.
+    void ExpectNoRender(ParamID param, const std::function<void(Atmospheric&)>& operation) {
+        MakeFur();
+        const Picture good = RenderScene(core, context);
+        ASSERT_GT(good.Covered(), 50);
+        Atmospheric& renderer = *core.GetAtmospheric(0);
+        IParamBlock2* block = renderer.GetParamBlock(0);
+        ASSERT_TRUE(block->SetController(param, new TrapController(trap)));
+        for (size_t i = 1; i <= 2; ++i) {
+            renderer.RenderBegin(0);
+            trap.on = true;
+            operation(renderer);
+            trap.on = false;
+            EXPECT_TRUE(HairRender::Instance().Inactive());
+            EXPECT_EQ(Reports("in velmar Renderer"), i);
+            renderer.RenderEnd(0);
+        }
+        block->SetController(param, nullptr);
+        EXPECT_EQ(RenderScene(core, context), good);
+    }
+
     Trap trap;
     TrapLight light;
     FakeContext context{32, 24, 45};
@@ -124,10 +173,8 @@ TEST_F(CrashTest, RenderThreadsThatFailGiveNoHairAndAreReportedOnce) {
 }
 
 TEST_F(CrashTest, AnEstimateThatFailsIsEmptyAndReported) {
-    BaseAtmo* fur = MakeFur();
-    auto* const trapObject = new TrapObject(trap);
-    trapObject->mesh = SphereMesh(10, 8, 12);
-    ASSERT_TRUE(fur->AddNode(pid_emitters, core.CreateNode("trap", trapObject)));
+    [[maybe_unused]] const LeaksAllowed leaks{}; // of the frames that are left
+    BaseAtmo* fur = MakeFurOnTrap();
     trap.on = true;
     for (size_t i = 1; i <= 2; ++i) {
         const GeometryEstimate failed = fur->EstimateGeometry(0);
@@ -137,6 +184,112 @@ TEST_F(CrashTest, AnEstimateThatFailsIsEmptyAndReported) {
     }
     trap.on = false;
     EXPECT_GT(fur->EstimateGeometry(0).strands, 100);
+}
+
+TEST_F(CrashTest, AnUpdateThatFailsIsReportedAndHoldsForNoTime) {
+    [[maybe_unused]] const LeaksAllowed leaks{}; // of the frames that are left
+    BaseAtmo* fur = MakeFurOnTrap();
+    for (int i = 1; i <= 2; ++i) {
+        const TimeValue t = 480 * i;
+        trap.on = true;
+        Interval valid = FOREVER;
+        EXPECT_EQ(fur->Update(t, valid), 1);
+        EXPECT_TRUE(valid.Empty());
+        EXPECT_EQ(Reports("in BaseAtmo::Update"), size_t(i));
+        trap.on = false;
+        valid = FOREVER;
+        EXPECT_EQ(fur->Update(t, valid), 1);
+        EXPECT_EQ(valid, Interval(t, t));
+    }
+    EXPECT_GT(fur->EstimateGeometry(0).strands, 100);
+}
+
+// The parameters were those of the failed time already: what had held before does not hold any more.
+TEST_F(CrashTest, AnUpdateThatFailsLeavesNothingOfTheFormerTime) {
+    [[maybe_unused]] const LeaksAllowed leaks{}; // of the frames that are left
+    BaseAtmo* fur = MakeFurOnTrap();
+    Trap open;
+    ASSERT_TRUE(fur->BlockOf(pid_densPerArea)->SetController(pid_densPerArea, new TrapController(open)));
+    const int64_t strands = fur->EstimateGeometry(0).strands;
+    trap.on = true;
+    EXPECT_EQ(fur->EstimateGeometry(1).strands, 0);
+    trap.on = false;
+    EXPECT_EQ(fur->EstimateGeometry(0).strands, strands);
+    EXPECT_GT(fur->EstimateGeometry(1).strands, strands);
+}
+
+TEST_F(CrashTest, ARenderThatCannotBeginHasNoHair) {
+    ExpectNoRender(HRP_FILTER_SIZE, [](Atmospheric& renderer) { renderer.RenderBegin(0); });
+}
+
+TEST_F(CrashTest, ARenderThatCannotFollowTheTimeHasNoHair) {
+    ExpectNoRender(HRP_QUALITY_MEMORY, [](Atmospheric& renderer) {
+        Interval valid = FOREVER;
+        renderer.Update(0, valid);
+    });
+}
+
+TEST_F(CrashTest, ARenderThatCannotEndIsReported) {
+    static Trap freeing;
+    static const RawAllocator trapped = {std::malloc, [](void* memory) {
+                                             std::free(memory);
+                                             freeing.Pass();
+                                         }};
+    SetThreads(core, 1);
+    {
+        [[maybe_unused]] const LeaksAllowed leaks{}; // of the frame whose end fails
+        MakeFur();
+        Atmospheric& renderer = *core.GetAtmospheric(0);
+        renderer.RenderBegin(0);
+        SampleContext sample;
+        sample.globContext = &context;
+        sample.pixel = {16, 12};
+        Color color, trans(1, 1, 1);
+        renderer.Shade(sample, {0, 0, 45}, {0, 0, -45}, color, trans);
+        ASSERT_LT(trans.r, 1.0f);
+        SetRawAllocator(&trapped);
+        freeing.on = true;
+        renderer.RenderEnd(0);
+        freeing.on = false;
+        SetRawAllocator(nullptr);
+    }
+    EXPECT_EQ(Reports("in velmar Renderer"), 1u);
+    EXPECT_TRUE(HairRender::Instance().Inactive());
+    EXPECT_GT(RenderScene(core, context).Covered(), 50);
+}
+
+TEST_F(CrashTest, ASamplerThatFailsHitsNothing) {
+    static Trap clock;
+    MakeFur();
+    Atmospheric& renderer = *core.GetAtmospheric(0);
+    auto* const part = static_cast<RaySampler*>(renderer.GetInterface(RAYSAMPLER_INTERFACE_ID));
+    VolumeSampler& sampler = *part->GetVolumeSampler(0);
+    renderer.RenderBegin(0);
+    SampleContext sample;
+    sample.globContext = &context;
+    sample.pixel = {16, 12};
+    SamplerRecord record;
+    record.sc = &sample;
+    record.p0 = {0, 0, 45}, record.p1 = {0, 0, -45};
+    record.zNear = 0, record.zFar = -90;
+    sampler.Begin(record);
+    auto& tick = static_cast<IHRendOwner&>(HairRender::Instance()).Settings().tick;
+    uint32_t (*const realTick)() = tick;
+    tick = [] {
+        clock.Pass();
+        return 0u;
+    };
+    for (const auto ask : {&VolumeSampler::SampleFirst, &VolumeSampler::SampleNext}) {
+        (sampler.*ask)(record);
+        EXPECT_EQ(record.hit, 1);
+        clock.on = true;
+        (sampler.*ask)(record);
+        clock.on = false;
+        EXPECT_EQ(record.hit, 0);
+    }
+    EXPECT_EQ(Reports("in velmar Renderer"), 1u); // the place is the same
+    tick = realTick;
+    renderer.RenderEnd(0);
 }
 
 // The host is told about a bucket by the thread that makes it, inside the buffer's lock.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "PictureFixture.h"
+#include "slowed.h"
 
 namespace {
 
@@ -12,7 +13,7 @@ using namespace engine;
 HairParams Coated() {
     HairParams p = WildFur();
     p.SetFloat(pid_length, 0.5f);
-    p.SetFloat(pid_densPerFace, 30.0f);
+    p.SetFloat(pid_densPerFace, 30.0f / kSlowed);
     p.SetFloat(pid_thickness, 0.05f);
     p.SetInt(pid_orientAxis, 3);
     p.SetInt(pid_linkThickRand2LenRand, 0);

@@ -184,16 +184,10 @@ TEST_F(Links, AFaultInsideABiasedSectionLetsOthersIn) {
     diag::BiasedSection section;
     bool entered = false;
     for (int i = 0; i < 2; ++i) { // as the owner, and when the section has become an ordinary one
-        EXPECT_FALSE(diag::Guarded("in dynamics", [&] {
-            const diag::BiasedLock lock(section);
-            WriteToAddress16();
-        }));
+        EXPECT_FALSE(diag::Guarded("in dynamics", [&] { section.Run(WriteToAddress16); }));
         entered = false;
         diag::Thread other;
-        ASSERT_TRUE(other.Start([&] {
-            const diag::BiasedLock lock(section);
-            entered = true;
-        }));
+        ASSERT_TRUE(other.Start([&] { section.Run([&] { entered = true; }); }));
         other.Join();
         EXPECT_TRUE(entered);
     }

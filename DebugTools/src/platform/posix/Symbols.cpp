@@ -68,6 +68,22 @@ void NameFromLibrary(dw::DwflModule* module, uint64_t address, FrameSymbol& symb
     symbol.line = static_cast<unsigned>(number);
 }
 
+// The kind of symbols of the module that holds an address, and their file.
+ModuleSymbols SourceIn(const ModulePlace& place, uint64_t address, void* session, char (&path)[kModulePathSize]) {
+    path[0] = '\0';
+    if (!place.path[0]) return ModuleSymbols::kNone;
+    std::snprintf(path, sizeof path, "%s", place.path);
+    const ModuleSymbols own = ElfFile(place.path).Symbols();
+    dw::DwflModule* module = session ? Library().moduleOf(Session(session), address) : nullptr;
+    uint64_t bias = 0;
+    if (own == ModuleSymbols::kFull || !module || !Library().debugInfo(module, &bias)) return own;
+    // Debug information in a file of its own.
+    const char* separate = nullptr;
+    Library().moduleInfo(module, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &separate);
+    if (separate) std::snprintf(path, sizeof path, "%s", separate);
+    return ModuleSymbols::kFull;
+}
+
 } // namespace
 
 void SetSymbolFolder(const std::string& folder) {
@@ -94,7 +110,7 @@ void SymbolReader::Describe(const StackFrame& frame, bool innermost, FrameSymbol
     symbol = FrameSymbol{};
     symbol.place = PlaceOf(frame.instruction);
     char source[kModulePathSize];
-    symbol.symbols = SourceOf(frame.instruction, source);
+    symbol.symbols = SourceIn(symbol.place, frame.instruction, session_, source);
     const uint64_t address = PlaceIn(frame, innermost);
     if (dw::DwflModule* module = session_ ? Library().moduleOf(Session(session_), address) : nullptr)
         NameFromLibrary(module, address, symbol);
@@ -111,19 +127,7 @@ void SymbolReader::ForEachVariable(const StackFrame& frame, bool innermost, void
 }
 
 ModuleSymbols SymbolReader::SourceOf(uint64_t address, char (&path)[kModulePathSize]) {
-    const ModulePlace place = PlaceOf(address);
-    path[0] = '\0';
-    if (!place.path[0]) return ModuleSymbols::kNone;
-    std::snprintf(path, sizeof path, "%s", place.path);
-    const ModuleSymbols own = ElfFile(place.path).Symbols();
-    dw::DwflModule* module = session_ ? Library().moduleOf(Session(session_), address) : nullptr;
-    uint64_t bias = 0;
-    if (own == ModuleSymbols::kFull || !module || !Library().debugInfo(module, &bias)) return own;
-    // Debug information in a file of its own.
-    const char* separate = nullptr;
-    Library().moduleInfo(module, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &separate);
-    if (separate) std::snprintf(path, sizeof path, "%s", separate);
-    return ModuleSymbols::kFull;
+    return SourceIn(PlaceOf(address), address, session_, path);
 }
 
 } // namespace diag
