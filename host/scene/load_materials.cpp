@@ -153,9 +153,11 @@ void SetShader(LoadContext& context, const SectionReader& reader, StdMtl* mtl) {
     mtl->SwitchShader(shader);
     const TomlValue* const params = reader.Raw("shader_set");
     if (!params) return;
-    for (const auto& [key, value] : params->entries)
-        context.At(value.line,
-                   [&] { SetParam(FindParam(shader, name, key), value, 0, context.core.GetTicksPerFrame(), context); });
+    // Not a structured binding: clang 14, which fuzzes this, does not capture them.
+    for (const auto& entry : params->entries)
+        context.At(entry.second.line, [&] {
+            SetParam(FindParam(shader, name, entry.first), entry.second, 0, context.core.GetTicksPerFrame(), context);
+        });
 }
 
 void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {
