@@ -140,6 +140,13 @@ def skinned():
     return g
 
 
+def without_pictures(g):
+    for key in ("textures", "samplers", "images"):
+        del g.json[key]
+    del g.json["materials"][0]["pbrMetallicRoughness"]["baseColorTexture"]
+    return g
+
+
 def bones():
     """The skin alone, in a form that the `assimp` program hands on whole."""
     g = skinned()
@@ -250,53 +257,111 @@ end_header
 0 1
 """
 
-SCENE = b"""[scene]
+# Small files, each with one kind of thing: what is changed in them matters more often.
+SCENES = {
+    "smallest": b"""[scene]
+import = ["quad.obj"]
+""",
+    "imports": b"""[scene]
 import = ["quad.obj", { file = "quad.ply", scale = 2.0, up = "y", name = "other" }, "skinned.glb"]
 fps = 24
 range = [0, 10]
 unit = 0.01
-[render]
+""",
+    "views": b"""[render]
 width = 8
-height = 8
 camera = "cam"
+channels = ["uv"]
 [[camera]]
 name = "cam"
 position = [2.0, -3.0, 1.5]
-target = [0.0, 0.0, 0.5]
+target = [0, 0, 0.5]
+near = 0.1
 [[light]]
 name = "key"
 type = "spot"
-exclude = ["quad"]
-[[map]]
-name = "squares"
+position = [0, 0, 3]
+hotspot = 20
+target = [0, 0, 0]
+far_attenuation = [1, 2]
+""",
+    "materials": b"""[[map]]
+name = "m"
 type = "checker"
 tile = [2, 2]
+output = { invert = true }
 [[material]]
 name = "red"
 diffuse = [1, 0, 0]
-maps = { diffuse = "squares" }
+maps = { diffuse = "m" }
+map_amounts = { diffuse = 0.5 }
 [[material]]
 name = "both"
 type = "multi"
 materials = ["red", ""]
 [[node]]
-name = "quad"
+name = "a"
+primitive = "plane"
+segments = 1
 material = "both"
+""",
+    "gradient": b"""[[map]]
+name = "g"
+type = "gradient"
+keys = [[0, 0, 0, 0], [1, 1, 1, 1]]
+[scene]
+environment = "g"
+""",
+    "sets": b"""[scene]
+import = ["quad.obj"]
+[[node]]
+name = "quad"
 properties = { a = "b", c = 1 }
-face_sets = { one = { ids = [0] } }
-modifiers = [{ type = "xform", position = [0, 0, 1] }, { type = "mesh_select", level = "face", select = { all = true } }]
-[[shape]]
+face_sets = { one = { ids = [0], ranges = [[0, 1]] } }
+modifiers = [{ type = "mesh_select", level = "face", soft = true, select = { sets = ["one"] } }, { type = "bend", angle = 9 }]
+""",
+    "modifiers": b"""[[node]]
+name = "b"
+primitive = "box"
+segments = 1
+modifiers = [{ type = "skin", bones = ["c"], weights = [[0, 0, 1]] }, { type = "morph", targets = [{ moves = [[0, 0, 0, 1]], keys = [[0, 1]] }] }]
+[[node]]
+name = "c"
+primitive = "empty"
+parent = ""
+[[node.modifiers]]
+type = "xform"
+position = [0, 0, 1]
+""",
+    "cache": b"""[scene]
+import = ["quad.obj"]
+[[node]]
+name = "quad"
+modifiers = [{ type = "mesh_cache", frames = ["quad.obj", "quad.obj"] }]
+""",
+    "shapes": b"""[[shape]]
 name = "line"
 splines = [{ points = [[0, 0, 0], [1, 0, 0]], keys = [[0, 1, 0, 0, 0]] }]
+[[shape]]
+name = "obj"
+file = "quad.obj"
+""",
+    "keys": b"""[[node]]
+name = "n"
+primitive = "sphere"
+segments = 4
 [[keys]]
-node = "quad"
+node = "n"
 position = [[0, 0, 0, 0], [10, 1, 0, 0]]
 interpolation = "constant"
+[[light]]
+name = "key"
 [[keys]]
 object = "key"
 parameter = "multiplier"
 values = [[0, 1], [5, 2.5e-1]]
-"""
+""",
+}
 
 
 def put(folder, name, data):
@@ -321,14 +386,15 @@ def main():
     for name, g in (("skinned", skinned()), ("views", views())):
         put("gltf", name + ".gltf", g.text())
         put("gltf", name + ".glb", g.binary())
+    put("gltf", "plain.glb", without_pictures(skinned()).binary())
     export("bones", bones().binary(), "fbx", "fbx", "-ffbxa")
     export("skinned", skinned().binary(), "3ds", "3ds")
     put("obj", "all.obj", OBJ)
     put("ply", "ascii.ply", PLY)
     put("ply", "little.ply", ply_binary("<"))
     put("ply", "big.ply", ply_binary(">"))
-    put("scene", "all.toml", SCENE)
-    put("scene", "smallest.toml", b'[scene]\nimport = ["quad.obj"]\n')
+    for name, text in SCENES.items():
+        put("scene", name + ".toml", text)
 
 
 if __name__ == "__main__":
