@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the seed files of the fuzz targets into fuzz/corpus: small files that use as much of every form as possible.
 
-The .fbx and .3ds seeds are made from the .gltf ones by the `assimp` program of assimp-utils, where it is installed.
+bones.fbx and the .3ds seed are made from the .gltf ones by the `assimp` program of assimp-utils, where it is installed.
 """
 
 import base64
@@ -13,6 +13,8 @@ import struct
 import subprocess
 import tempfile
 import zlib
+
+import fbx_seed
 
 CORPUS = pathlib.Path(__file__).parent / "corpus"
 FLOAT, USHORT, UBYTE = 5126, 5123, 5121
@@ -389,6 +391,9 @@ def main():
     put("gltf", "plain.glb", without_pictures(skinned()).binary())
     export("bones", bones().binary(), "fbx", "fbx", "-ffbxa")
     export("skinned", skinned().binary(), "3ds", "3ds")
+    for name, nodes in (("skin", fbx_seed.skin()), ("paint", fbx_seed.paint())):
+        put("fbx", name + ".fbx", fbx_seed.text(nodes))
+        put("fbx", name + "_binary.fbx", fbx_seed.binary(nodes))
     put("obj", "all.obj", OBJ)
     put("ply", "ascii.ply", PLY)
     put("ply", "little.ply", ply_binary("<"))

@@ -120,7 +120,8 @@ void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl
     if (const TomlValue* const maps = reader.Raw("maps"))
         for (const auto& [key, value] : maps->entries) {
             const StdMatChannel channel = ChannelNamed(reader, value.line, key);
-            mtl->SetSubTexmap(channel, context.At(value.line, [&, &value = value] { return context.MapNamed(value.text); }));
+            mtl->SetSubTexmap(channel,
+                              context.At(value.line, [&, &value = value] { return context.MapNamed(value.text); }));
         }
     if (const TomlValue* const amounts = reader.Raw("map_amounts"))
         for (const auto& [key, value] : amounts->entries) {
