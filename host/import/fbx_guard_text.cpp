@@ -29,6 +29,7 @@ public:
 
     FbxLinks Walk() {
         while (at_ < text_.size() && text_[at_] != '\0') Step(text_[at_]);
+        FinishWord();
         return std::move(links_);
     }
 
@@ -59,28 +60,34 @@ private:
     static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
 
     void Mark(char c) {
-        if (c == ',') {
-            ++value_;
-            expects_ = true;
+        if (c == ':') {
+            key_ = word_;
+            word_ = {};
+            value_ = 0;
             return;
         }
+        FinishWord();
+        if (c == ',') return;
+        key_ = {};
         if (c == '{' && ++depth_ > kMostFbxBlocks) FailFbxBlocks(file_);
         if (c == '}' && depth_ > 0) --depth_;
-        key_ = c == ':' ? last_ : std::string_view();
-        value_ = 0;
-        expects_ = c == ':';
     }
 
     void Word(std::string_view word) {
-        last_ = word;
-        if (!expects_) return;
-        // Values stand behind the colon and behind commas; a word behind a value is the next key.
-        expects_ = false;
+        FinishWord();
+        word_ = word;
+    }
+
+    // What no colon follows is a value; Assimp does not insist on commas.
+    void FinishWord() {
+        if (word_.empty()) return;
         uint64_t count = 0;
-        if (word.starts_with('*') && (!LeadingNumber(word.substr(1), count) || count > text_.size()))
+        if (word_.starts_with('*') && (!LeadingNumber(word_.substr(1), count) || count > text_.size()))
             FailFbxArray(file_);
-        if (key_ == "C") Link(word);
-        if (key_ == "Content") Picture(word);
+        if (key_ == "C") Link(word_);
+        if (key_ == "Content") Picture(word_);
+        ++value_;
+        word_ = {};
     }
 
     // C: KIND, CHILD, PARENT
@@ -105,9 +112,8 @@ private:
     const std::string& file_;
     std::string_view text_;
     size_t at_ = 0, depth_ = 0;
-    std::string_view key_, last_;
-    int value_ = 0;        ///< number of the value that comes next
-    bool expects_ = false; ///< the next word is a value
+    std::string_view key_, word_; ///< the last word, until it is known whether it is a key
+    int value_ = 0;               ///< number of the value that comes next
     bool linked_ = false, picture_ = false;
     uint64_t child_ = 0;
     FbxLinks links_;

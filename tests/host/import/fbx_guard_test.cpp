@@ -62,6 +62,7 @@ TEST(FbxGuardText, Pictures) {
     EXPECT_EQ(CheckError("Content: \"iVBO\", \"i=BO\"\n"), kPicture);
     EXPECT_EQ(CheckError("Content: \"iVBO=\"\n"), kPicture);
     EXPECT_EQ(CheckError("Content: \"iVBO\", 12\n"), kPicture);
+    EXPECT_EQ(CheckError("Content: \"iVBO\"\nand }"), kPicture);
     EXPECT_EQ(CheckError("Contents: \"iV*O\"\n"), "");
 }
 
