@@ -50,6 +50,10 @@ void FailFbxArray(const std::string& file) {
     FailAt(file, 0, "has an array that claims more numbers than the file can hold");
 }
 
+void FailFbxLayer(const std::string& file) {
+    FailAt(file, 0, "has a layer without a number, expected one");
+}
+
 void CheckFbx(const std::string& file, std::string_view content) {
     const bool binary = content.starts_with("Kaydara FBX Binary");
     CheckTree(file, binary ? CheckFbxBinary(file, content) : CheckFbxText(file, content));

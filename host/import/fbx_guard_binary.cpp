@@ -97,6 +97,7 @@ private:
             if (number == 0 && value[0] == 'S') kind = value.substr(5);
             if ((number == 1 || number == 2) && value[0] == 'L') ids[number - 1] = Number<uint64_t>(value.substr(1));
         }
+        if (name == "Layer" && number == 0) FailFbxLayer(file_);
         if (name == "C" && number > 2 && kind != "PP") links_.push_back({ids[0], ids[1]});
     }
 

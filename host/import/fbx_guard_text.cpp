@@ -30,6 +30,7 @@ public:
     FbxLinks Walk() {
         while (at_ < text_.size() && text_[at_] != '\0') Step(text_[at_]);
         FinishWord();
+        Begin({});
         return std::move(links_);
     }
 
@@ -61,16 +62,22 @@ private:
 
     void Mark(char c) {
         if (c == ':') {
-            key_ = word_;
+            const std::string_view key = word_;
             word_ = {};
-            value_ = 0;
+            Begin(key);
             return;
         }
         FinishWord();
         if (c == ',') return;
-        key_ = {};
+        Begin({});
         if (c == '{' && ++depth_ > kMostFbxBlocks) FailFbxBlocks(file_);
         if (c == '}' && depth_ > 0) --depth_;
+    }
+
+    void Begin(std::string_view key) {
+        if (key_ == "Layer" && value_ == 0) FailFbxLayer(file_);
+        key_ = key;
+        value_ = 0;
     }
 
     void Word(std::string_view word) {

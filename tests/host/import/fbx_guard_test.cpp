@@ -25,6 +25,7 @@ std::string Repeated(const std::string& what, int times) {
 const std::string kDeep = "m.fbx: is nested too deeply, expected at most 64 levels";
 const std::string kCircle = "m.fbx: has an object that hangs below itself, expected a tree";
 const std::string kArray = "m.fbx: has an array that claims more numbers than the file can hold";
+const std::string kLayer = "m.fbx: has a layer without a number, expected one";
 const std::string kPicture = "m.fbx: has a picture that is not base64, expected one that is";
 
 TEST(FbxGuardText, Nesting) {
@@ -53,6 +54,12 @@ TEST(FbxGuardText, Arrays) {
     EXPECT_EQ(CheckError("Vertices: *4000000000 {\na: 1,2,3\n}"), kArray);
     EXPECT_EQ(CheckError("Vertices: *99999999999999999999 {\na: 1\n}"), kArray);
     EXPECT_EQ(CheckError("Name: \"*4000000000\""), "");
+}
+
+TEST(FbxGuardText, Layers) {
+    EXPECT_EQ(CheckError("Layer: 0 {\n}"), "");
+    for (const char* const text : {"Layer: , {\n}", "Layer: {\n}", "Layer:", "Layer: Version: 1", "a: { Layer: }"})
+        EXPECT_EQ(CheckError(text), kLayer) << text;
 }
 
 TEST(FbxGuardText, Pictures) {
@@ -119,6 +126,11 @@ TEST(FbxGuardBinary, Arrays) {
     EXPECT_EQ(CheckError(OneBlock("a", Array('d', 0x20000001, 0, std::string(8, '\0')), 1)), kArray);
     EXPECT_EQ(CheckError(OneBlock("a", Array('i', 2064, 1, std::string(8, '\0')), 1)), "");
     EXPECT_EQ(CheckError(OneBlock("a", Array('i', 2065, 1, std::string(8, '\0')), 1)), kArray);
+}
+
+TEST(FbxGuardBinary, Layers) {
+    EXPECT_EQ(CheckError(OneBlock("Layer", std::string("I") + Bytes(int32_t(0)), 1)), "");
+    EXPECT_EQ(CheckError(OneBlock("Layer", "", 0)), kLayer);
 }
 
 TEST(FbxGuardBinary, CutOffAnywhere) {
