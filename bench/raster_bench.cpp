@@ -2,6 +2,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <bit>
+
 #include "Base/HUtil/HairRandom.h"
 #include "HRB_Thick/HRB_Thick.h"
 #include "HRendBuf/FragmentList.h"
@@ -20,6 +22,11 @@ struct CountingSink {
         sum += z + color.x + coverage;
     }
     void InsertShadow(int, int, float z, float, float coverage) { ++samples, sum += z + coverage; }
+    template <bool InColumn>
+    void InsertLanes(int, int, unsigned flags, const SampleLane* lanes) {
+        samples += std::popcount(flags);
+        sum += lanes[0].values[0];
+    }
 };
 
 // Gently bent strands of about 60 pixels.

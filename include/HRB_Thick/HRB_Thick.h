@@ -7,7 +7,8 @@
 #include "HRendBuf/SampleRuns.h"
 
 /// Draws strands into `Sink`, which has InsertImage(x, y, z, color, coverage, opacity, velocity), InsertShadow(x, y, z,
-/// opacity, coverage) and the constant kWantsVelocity. One instance belongs to one thread.
+/// opacity, coverage) and the constant kWantsVelocity; and, if it likes, InsertLanes, which takes image samples of four
+/// pixels at a time (see SampleWriter). One instance belongs to one thread.
 ///
 /// A strand is Begin, any number of Add, End. A segment is drawn when the vertex behind it is known, because both its
 /// ends are cut by a line: perpendicular to the segment at the strand's root and tip, which fade over the filter's
@@ -23,7 +24,7 @@ public:
     const RasterTarget& Target() const { return target_; }
     /// Samples a vertex holds across the strand (1 .. kMaxWidthSamples), and whether they are averaged over a pixel.
     /// Not inside a strand.
-    void SetWidthSamples(int samples, bool filtered) { sampler_ = {samples, filtered}; }
+    void SetWidthSamples(int samples, bool filtered) { sampler_.samples = samples, sampler_.filtered = filtered; }
 
     /// Starts a strand of the wide method. A segment that was left pending is finished as the strand's last one, in the
     /// image pass whatever the pass is: call End before.

@@ -1,7 +1,7 @@
 #pragma once
 // Opacity and colour across a strand: looking them up in a segment's rows of width samples.
 
-#include "HRB_Thick/StrandVertex.h"
+#include "HRB_Thick/WideKernel.h"
 
 namespace RasterDetail {
 
@@ -62,6 +62,7 @@ private:
 struct WidthSampler {
     int samples = 1; ///< W, 1 .. kMaxWidthSamples
     bool filtered = false;
+    WideKernel kernel = BestWideKernel(); ///< for one sample
 
     template <PixelOperation Op>
     void Look(const StrandVertex& a, const StrandVertex& b, float t, float u, float width, float& opacity,

@@ -68,14 +68,16 @@ public:
         const float t = f - float(i);
         return (1.0f - t) * table_[i] + t * table_[i + 1];
     }
-    /// Four at once; an argument beyond Size() gives some entry.
-    Float4 Lookup(Float4 e) const {
-        const Float4 scaled = (e + Float4(size_)) * Float4(32.0f) * Float4(invScale_);
-        const Float4 f = MinOr(MaxOr(scaled, Float4(0.0f)), Float4(32.5f));
-        const Int4 i = ToInts(f);
-        const Float4 t = f - ToFloats(i);
-        const float *a = table_ + i[0], *b = table_ + i[1], *c = table_ + i[2], *d = table_ + i[3];
-        return (Float4(1.0f) - t) * Float4(a[0], b[0], c[0], d[0]) + t * Float4(a[1], b[1], c[1], d[1]);
+    /// Several at once; an argument beyond Size() gives some entry.
+    template <class Lanes>
+    [[gnu::always_inline]] Lanes Lookup(Lanes e) const {
+        const Lanes scaled = (e + Lanes(size_)) * Lanes(32.0f) * Lanes(invScale_);
+        const Lanes f = MinOr(MaxOr(scaled, Lanes(0.0f)), Lanes(32.5f));
+        const auto i = ToInts(f);
+        const Lanes t = f - ToFloats(i);
+        Lanes at, next;
+        LookUpTwo(table_, i, at, next);
+        return (Lanes(1.0f) - t) * at + t * next;
     }
     /// Entry 0..32 of the table.
     float Entry(int i) const { return table_[i]; }

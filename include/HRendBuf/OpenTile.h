@@ -5,10 +5,12 @@
 // neighbouring pixels, so that the processor can work on several of them at a time.
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 #include <utility>
 
 #include "Base/HUtil/ThreadVector.h"
+#include "HRendBuf/MergeKernel.h"
 #include "HRendBuf/PackedTile.h"
 
 /// Copies a few elements. Up to a block behind the last one is read and written too.
@@ -46,6 +48,7 @@ private:
     static constexpr uint32_t kStep = 16;
     struct Slot {
         uint32_t begin = 0, count = 0, capacity = 0; ///< capacity 0: still in the packed tile
+        uint32_t waiting = 0;                        ///< number of the batch that has a sample of the pixel
     };
 
     bool Reserve(Slot& slot, uint32_t capacity, const float* zMax, const Packed* rest);
@@ -62,9 +65,6 @@ private:
         std::fill(zMax_.get() + slot.begin + i + 1, zMax_.get() + slot.begin + slot.count, kFar);
         slot.count = i + 1;
     }
-    bool IsPending(uint32_t pixel) const {
-        return (pendingPixel_[0] == pixel) | (pendingPixel_[1] == pixel) | (pendingPixel_[2] == pixel);
-    }
 
     static constexpr float kFar = -std::numeric_limits<float>::infinity();
     const PackedTile<Fragment>* tile_ = nullptr;
@@ -74,12 +74,13 @@ private:
     diag::SharedArray<Packed> rest_;
     size_t used_ = 0, size_ = 0; ///< of both arrays
 
-    // Samples whose fragment is found, and that wait until there are four of them, for four different pixels.
-    static constexpr uint32_t kNoPixel = UINT32_MAX;
-    uint32_t pendingPixel_[4] = {kNoPixel, kNoPixel, kNoPixel, kNoPixel};
-    uint32_t pendingIndex_[4]; ///< the fragment among its pixel's
-    const Point* pendingPoint_[4];
-    int pending_ = 0;
+    // Samples whose fragment is found, and that wait until there are so many, for different pixels.
+    uint32_t pixel_[kMergeSamples];
+    uint32_t at_[kMergeSamples]; ///< the fragment's place in the arrays
+    const Point* point_[kMergeSamples];
+    int waiting_ = 0;
+    uint32_t batch_ = 1; ///< number of the waiting ones, which slots refer to
+    MergeKernel kernel_ = BestMergeKernel();
 };
 
 /// Room for `capacity` fragments, of which the first `slot.count` are copied from the given arrays.
@@ -127,8 +128,8 @@ inline uint32_t OpenTile<Fragment>::CountNotBehind(const float* zMax, uint32_t c
 
 template <class Fragment>
 inline void OpenTile<Fragment>::Insert(uint32_t pixel, const Point& s) {
-    if (IsPending(pixel)) Flush();
     Slot& slot = slots_[pixel];
+    if (slot.waiting == batch_) Flush();
     if (slot.capacity == 0 && !Fetch(slot, pixel)) return;
     float* zMax = zMax_.get() + slot.begin;
     Packed* rest = rest_.get() + slot.begin;
@@ -147,27 +148,33 @@ inline void OpenTile<Fragment>::Insert(uint32_t pixel, const Point& s) {
     const uint32_t i = next - toPrev;
     zMax[i] = LargerOr(z, zMax[i]);
     rest[i].zMin = SmallerOr(z, rest[i].zMin);
-    pendingPixel_[pending_] = pixel;
-    pendingIndex_[pending_] = i;
-    pendingPoint_[pending_] = &s;
-    if (++pending_ == 4) Flush();
+    slot.waiting = batch_;
+    pixel_[waiting_] = pixel;
+    at_[waiting_] = slot.begin + i;
+    point_[waiting_] = &s;
+    if (++waiting_ == kMergeSamples) Flush();
 }
 
 /// Merges the waiting samples.
 template <class Fragment>
 void OpenTile<Fragment>::Flush() {
-    const auto slotOf = [&](int i) -> Slot& { return slots_[pendingPixel_[i]]; };
-    Packed* fragments[4];
-    for (int i = 0; i < pending_; ++i) fragments[i] = rest_.get() + slotOf(i).begin + pendingIndex_[i];
-    bool isOpaque = true;
-    if (pending_ == 4)
-        isOpaque = MergeFour(fragments, pendingPoint_);
-    else
-        for (int i = 0; i < pending_; ++i) MergeInto(*fragments[i], *pendingPoint_[i]);
-    if (isOpaque)
-        for (int i = 0; i < pending_; ++i) CutBehind(slotOf(i), pendingIndex_[i]);
-    std::fill_n(pendingPixel_, 4, kNoPixel);
-    pending_ = 0;
+    unsigned opaque = 0;
+    if constexpr (std::is_same_v<Fragment, HairFragment>)
+        if (waiting_ == kMergeSamples) {
+            opaque = kernel_(rest_.get(), at_, point_);
+            waiting_ = 0;
+        }
+    for (int i = 0; i < waiting_; ++i) {
+        MergeInto(rest_[at_[i]], *point_[i]);
+        opaque |= 1u << i;
+    }
+    for (; opaque; opaque &= opaque - 1) {
+        const int i = std::countr_zero(opaque);
+        Slot& slot = slots_[pixel_[i]];
+        CutBehind(slot, at_[i] - slot.begin);
+    }
+    waiting_ = 0;
+    ++batch_;
 }
 
 template <class Fragment>

@@ -5,6 +5,7 @@
 // tagged with its pixel inside the tile and with the unit of work it belongs to. Storage is chunked and reused from
 // batch to batch, so that appending is a compare, a copy and an add.
 
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "DebugTools/SharedArray.h"
 #include "HRendBuf/FragmentList.h"
 #include "HRendBuf/PixelRect.h"
+#include "HRendBuf/SampleLanes.h"
 #include "sdk/point2.h"
 #include "sdk/point3.h"
 
@@ -56,6 +58,7 @@ public:
     struct Chunk {
         Chunk* next;
         Record records[kChunkRecords];
+        uint64_t spill; ///< what a block written over the last record ends in
     };
 
     /// Empties the runs for a bucket of `tiles` tiles.
@@ -67,6 +70,13 @@ public:
         if (c.pos == c.end) Grow(c, tile);
         return *c.pos++;
     }
+    /// The places of the next `count` records of `tile`, or null where they do not lie side by side. Taken says how many
+    /// of them were used.
+    Record* Room(int tile, int count) {
+        Cursor& c = cursors_[tile];
+        return c.end - c.pos >= count ? c.pos : nullptr;
+    }
+    void Taken(int tile, Record* next) { cursors_[tile].pos = next; }
     /// Bytes of records in use since the last Reset, in whole chunks.
     size_t BytesInUse() const { return usedChunks_ * sizeof(Chunk); }
     /// Forgets all records; the storage stays.
@@ -132,13 +142,25 @@ public:
     void InsertImage(int x, int y, float z, const Point3& color, float coverage, float opacity, Point2) {
         Store(image_, x, y) = {z, opacity, coverage, Color(color)};
     }
-    /// The same with opacity and colour in one row.
-    void InsertRow(int x, int y, float z, float coverage, Float4 opacityColor) {
-        ImagePoint& p = Store(image_, x, y);
-        p.z = z;
-        p.opacity = opacityColor[0];
-        opacityColor.v[0] = coverage;
-        opacityColor.Store(&p.coverage);
+    /// The same for the flagged ones of four pixels, of which the first is (x, y) and each next one lies a column, or a
+    /// row, further on. Those that are not flagged may lie outside the bucket.
+    template <bool InColumn>
+    void InsertLanes(int x, int y, unsigned flags, const SampleLane* s) {
+        if (!flags) return;
+        const int first = std::countr_zero(flags), last = std::bit_width(flags) - 1;
+        const int lx = x - grid_.bucket.x0 + (InColumn ? 0 : first), ly = y - grid_.bucket.y0 + (InColumn ? first : 0);
+        const int along = InColumn ? ly : lx, tile = grid_.TileOf(lx, ly);
+        auto* record = (along ^ (along + last - first)) >> grid_.shift ? nullptr : image_.Room(tile, 4);
+        if (!record) return InsertOneByOne<InColumn>(x, y, flags, s);
+        const uint32_t step = InColumn ? 1u << grid_.shift : 1;
+        uint32_t tag = (unitTag_ | grid_.PixelOf(lx, ly)) - unsigned(first) * step;
+        // Every one is written, and overwritten when it is not flagged: which are is as good as random.
+        for (int i = 0; i < 4; ++i, tag += step) {
+            record->tag = tag;
+            std::memcpy(static_cast<void*>(&record->point), &s[i], sizeof s[i]);
+            record += flags >> i & 1;
+        }
+        image_.Taken(tile, record);
     }
     /// The same for the shadow pass.
     void InsertShadow(int x, int y, float z, float opacity, float coverage) {
@@ -149,6 +171,13 @@ public:
     const TileRuns<ShadowPoint>& Runs(const ShadowFragment*) const { return shadow_; }
 
 private:
+    template <bool InColumn>
+    void InsertOneByOne(int x, int y, unsigned flags, const SampleLane* s) {
+        for (; flags; flags &= flags - 1) {
+            const int i = std::countr_zero(flags);
+            Store(image_, InColumn ? x : x + i, InColumn ? y + i : y) = s[i].Point();
+        }
+    }
     template <class Point>
     Point& Store(TileRuns<Point>& runs, int x, int y) {
         const int lx = x - grid_.bucket.x0, ly = y - grid_.bucket.y0;

@@ -299,7 +299,16 @@ TEST(OpenTile, HoldsWhatTheLinkedListHolds) {
     }
 }
 
-TEST(OpenTile, MergesColoursAndWeightsAsALinkDoes) {
+/// By how many lanes they have.
+class MergeKernels : public testing::TestWithParam<int> {
+protected:
+    static MergeKernel Kernel() {
+        return GetParam() == 4 ? MergeKernel4() : GetParam() == 8 ? MergeKernel8() : MergeKernel16();
+    }
+};
+
+TEST_P(MergeKernels, MergeColoursAndWeightsAsALinkDoes) {
+    if (!Kernel()) GTEST_SKIP() << "this processor has no such vectors"; // the others are tested all the same
     // Any colour, also negative, huge and not a number, and weights beyond 0..1.
     std::mt19937 random(11);
     std::uniform_real_distribution<float> u(-0.2f, 1.2f);
@@ -307,28 +316,33 @@ TEST(OpenTile, MergesColoursAndWeightsAsALinkDoes) {
         0.0f, -0.0f, 1e-33f, 1e30f, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN(),
         1.0f, 255.0f};
     const auto value = [&] { return random() % 8 == 0 ? odd[random() % 8] : u(random); };
-    for (int round = 0; round < 50000; ++round) {
-        HairFragment links[4];
-        PackedFragment<HairFragment> packed[4], *targets[4];
-        ImagePoint points[4];
-        const ImagePoint* sources[4];
-        bool isOpaque = false;
-        for (int i = 0; i < 4; ++i) {
+    for (int round = 0; round < 12500; ++round) {
+        HairFragment links[kMergeSamples];
+        PackedFragment<HairFragment> packed[3 * kMergeSamples] = {};
+        ImagePoint points[kMergeSamples];
+        const ImagePoint* sources[kMergeSamples];
+        uint32_t at[kMergeSamples];
+        unsigned opaque = 0;
+        for (int i = 0; i < kMergeSamples; ++i) {
             HairFragment& link = links[i];
-            link.zMin = link.zMax = 0;
+            link.zMin = link.zMax = float(i);
             link.opacity = uint16_t(random()), link.coverage = random() % 16 ? uint16_t(random()) : uint16_t(0);
             link.color = PackRealPixel({value(), value(), value()});
             points[i] = {0, value(), value(), {value(), value(), value()}};
-            packed[i] = Pack(link);
-            targets[i] = &packed[i], sources[i] = &points[i];
+            at[i] = uint32_t(3 * i + round % 3);
+            packed[at[i]] = Pack(link);
+            sources[i] = &points[i];
             MergeInto(link, points[i]);
-            isOpaque |= IsOpaque(link);
+            opaque |= unsigned(IsOpaque(link)) << i;
         }
-        ASSERT_EQ(MergeFour(targets, sources), isOpaque);
-        for (int i = 0; i < 4; ++i) {
-            ASSERT_EQ(packed[i].opacity, links[i].opacity) << round;
-            ASSERT_EQ(packed[i].coverage, links[i].coverage) << round;
-            ASSERT_EQ(packed[i].color, links[i].color) << round;
+        ASSERT_EQ(Kernel()(packed, at, sources), opaque) << round;
+        for (int i = 0; i < kMergeSamples; ++i) {
+            ASSERT_EQ(packed[at[i]].zMin, float(i)) << round;
+            ASSERT_EQ(packed[at[i]].opacity, links[i].opacity) << round;
+            ASSERT_EQ(packed[at[i]].coverage, links[i].coverage) << round;
+            ASSERT_EQ(packed[at[i]].color, links[i].color) << round;
         }
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Lanes, MergeKernels, testing::Values(4, 8, 16), testing::PrintToStringParamName());

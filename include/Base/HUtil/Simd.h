@@ -14,7 +14,9 @@
 
 /// Four 32-bit floats.
 struct Float4 {
+    static constexpr int kCount = 4, kQuads = 1;
     using Native = float __attribute__((vector_size(16)));
+    using Ints = int32_t __attribute__((vector_size(16)));
     Native v;
 
     Float4() = default;
@@ -30,10 +32,19 @@ struct Float4 {
     }
     void Store(float* p) const { std::memcpy(p, &v, sizeof v); }
     float operator[](int lane) const { return v[lane]; }
+
+    /// 0 to 3.
+    static Float4 Ramp() { return Float4(0.0f, 1.0f, 2.0f, 3.0f); }
+    // Of code for any number of quads, which are four lanes:
+    static Float4 RampOfQuad() { return Ramp(); }
+    static Float4 PerQuad(const float* p) { return Float4(p[0]); }
+    static Float4 Join(const Float4* quads) { return quads[0]; }
+    Float4 Quad(int) const { return *this; }
+    void StoreQuad(int, float* p) const { Store(p); }
 };
 
 /// Four 32-bit integers, with the operators of the language; comparisons give -1 or 0.
-using Int4 = int32_t __attribute__((vector_size(16)));
+using Int4 = Float4::Ints;
 
 /// Integers as floats, rounded.
 inline Float4 ToFloats(Int4 a) {
@@ -49,6 +60,10 @@ inline Float4 FloatBits(Int4 a) {
 }
 inline Int4 IntBits(Float4 a) {
     return Int4(a.v);
+}
+/// The larger one of a lane and 0.
+inline Int4 AtLeastZero(Int4 a) {
+    return a & ~(a >> 31);
 }
 /// Four rows of four become four columns.
 inline void Transpose(Float4& a, Float4& b, Float4& c, Float4& d) {
@@ -123,6 +138,12 @@ inline Float4 Ceil(Float4 a) {
     return Float4(std::ceil(a[0]), std::ceil(a[1]), std::ceil(a[2]), std::ceil(a[3]));
 #endif
 }
+/// table[i] and table[i + 1] for every lane; i is 0 to 32.
+inline void LookUpTwo(const float* table, Int4 i, Float4& at, Float4& next) {
+    const float *a = table + i[0], *b = table + i[1], *c = table + i[2], *d = table + i[3];
+    at = Float4(a[0], b[0], c[0], d[0]);
+    next = Float4(a[1], b[1], c[1], d[1]);
+}
 /// Bit i is set where lane i has a < b.
 inline int LanesLess(Float4 a, Float4 b) {
 #if defined(__SSE2__)
@@ -130,6 +151,13 @@ inline int LanesLess(Float4 a, Float4 b) {
 #else
     return (a[0] < b[0]) | (a[1] < b[1]) << 1 | (a[2] < b[2]) << 2 | (a[3] < b[3]) << 3;
 #endif
+}
+/// Stores the lanes whose bits are set side by side; up to all lanes' room behind them may be written.
+inline void StoreFlagged(Float4 a, int flags, float* to) {
+    for (int i = 0; i < 4; ++i) {
+        *to = a[i];
+        to += flags >> i & 1;
+    }
 }
 /// True when any bit of any lane is set.
 inline bool AnyLane(Int4 a) {
