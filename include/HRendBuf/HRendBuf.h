@@ -84,7 +84,7 @@ public:
     /// protocol, of which the following four are the calls. Units start at 0 for every source.
     HRB_Thick& Rasteriser(int thread) { return *rasterisers_[size_t(thread)]; }
     void BeginUnit(int thread, uint32_t unit) { ordered_.BeginUnit(thread, unit); }
-    bool BatchFull(int thread, uint32_t nextUnit) const { return ordered_.Full(thread, nextUnit); }
+    bool BatchFull(int thread, uint32_t nextUnit) { return ordered_.Full(thread, nextUnit); }
     void MergeTiles(int thread);
     void EndBatch(uint32_t nextUnit) { ordered_.EndBatch(nextUnit); }
 

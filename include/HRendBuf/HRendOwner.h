@@ -29,7 +29,7 @@ struct HRendSettings {
     bool shadeMiddle = true;            ///< objects may shade their middle strands
     bool hairShadows = true;            ///< hair casts shadows on anything at all
     uint32_t idleTimeout = 3000;        ///< milliseconds until an unused bucket is freed
-    size_t batchBytes = 2u << 20;       ///< samples of one thread between two merges
+    size_t batchBytes = 4u << 20;       ///< samples of one thread between two merges
     uint32_t (*tick)() = SteadyTick;
 };
 

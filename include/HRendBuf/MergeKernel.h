@@ -1,6 +1,6 @@
 #pragma once
-// Merging many samples into fragments at once: where most samples of dense hair end. A kernel uses the widest vectors of
-// the processor; all make the same bits as merging each sample into its link.
+// Merging many samples into fragments at once: where most samples of dense hair end. A kernel uses the widest vectors
+// of the processor; all make the same bits as merging each sample into its link.
 
 #include "HRendBuf/PackedFragment.h"
 

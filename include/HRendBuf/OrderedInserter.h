@@ -16,8 +16,8 @@
 //     one thread: EndBatch(number of the next unit)
 //
 // What comes out are packed tiles (PackedTile), which the finished bucket takes over, or which ToLists turns into
-// linked lists. A batch may grow with them, to half their size, so that rebuilding tiles costs a bounded share of the
-// time.
+// linked lists. A batch may grow with them, to a quarter of their size, so that rebuilding tiles costs a bounded share
+// of the time.
 
 #include <atomic>
 
@@ -28,8 +28,8 @@ public:
     /// Most threads that can take part.
     static constexpr int kMaxThreads = FragmentPool::kSlots;
 
-    /// Prepares for a bucket; the first unit is number 0. A thread is Full from `bytesPerThread` bytes of samples on
-    /// (or more, see above); it exceeds that by what its last unit draws.
+    /// Prepares for a bucket; the first unit is number 0. A batch is Full from `bytesPerThread` bytes of samples for
+    /// each thread on (or more, see above); it exceeds that by what the last units draw.
     void Setup(const PixelRect& bucket, int threads, size_t bytesPerThread);
     /// Frees the storage of samples; no batch may follow before the next Setup.
     void ReleaseSamples();
@@ -43,12 +43,9 @@ public:
 
     /// `thread` begins to draw `unit`, which is above its last one.
     void BeginUnit(int thread, uint32_t unit) { Writer(thread).SetUnit(unit - firstUnit_); }
-    /// True when the batch should end: this thread's runs have reached their bound, or `nextUnit` comes close to the
-    /// kMaxBatchUnits that a batch can tell apart.
-    bool Full(int thread, uint32_t nextUnit) const {
-        return writers_[size_t(thread)]->BytesInUse() >= bound_ ||
-               nextUnit - firstUnit_ >= kMaxBatchUnits - kMaxThreads;
-    }
+    /// True when the batch should end: the samples of all threads have reached their bound, or `nextUnit` comes close
+    /// to the kMaxBatchUnits that a batch can tell apart. `thread` asks after each of its units.
+    bool Full(int thread, uint32_t nextUnit);
     /// Merges tiles until none is left. Every thread calls it once a batch, all drawing being done. `heads` are the
     /// bucket's lists, row-major; what they hold is fetched into the tiles. They may be null as long as there was no
     /// ToLists. The store's slot is the thread's own.
@@ -79,7 +76,8 @@ private:
     std::vector<std::unique_ptr<SampleWriter>> writers_;
     TileStore<HairFragment> image_;
     TileStore<ShadowFragment> shadow_;
-    size_t bytesPerThread_ = 0, bound_ = 0;
+    size_t leastBound_ = 0, bound_ = 0; ///< bytes of samples of all threads
+    std::atomic<size_t> batchBytes_{0}; ///< of samples that Full has seen
     uint32_t firstUnit_ = 0;
     std::atomic<int> nextTile_{0};
 };

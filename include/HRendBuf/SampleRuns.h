@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "Base/HUtil/ThreadVector.h"
@@ -70,8 +71,8 @@ public:
         if (c.pos == c.end) Grow(c, tile);
         return *c.pos++;
     }
-    /// The places of the next `count` records of `tile`, or null where they do not lie side by side. Taken says how many
-    /// of them were used.
+    /// The places of the next `count` records of `tile`, or null where they do not lie side by side. Taken says how
+    /// many of them were used.
     Record* Room(int tile, int count) {
         Cursor& c = cursors_[tile];
         return c.end - c.pos >= count ? c.pos : nullptr;
@@ -137,6 +138,11 @@ public:
     void SetUnit(uint32_t unitInBatch) { unitTag_ = unitInBatch << kPixelBits; }
     void Reset();
     size_t BytesInUse() const { return image_.BytesInUse() + shadow_.BytesInUse(); }
+    /// By how much that has grown since NewBytes was last called, or since Reset.
+    size_t NewBytes() {
+        const size_t bytes = BytesInUse();
+        return bytes - std::exchange(countedBytes_, bytes);
+    }
 
     /// A sample of the image pass at a pixel inside the bucket.
     void InsertImage(int x, int y, float z, const Point3& color, float coverage, float opacity, Point2) {
@@ -188,6 +194,7 @@ private:
 
     TileGrid grid_;
     uint32_t unitTag_ = 0;
+    size_t countedBytes_ = 0;
     TileRuns<ImagePoint> image_;
     TileRuns<ShadowPoint> shadow_;
 };

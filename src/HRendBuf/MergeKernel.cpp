@@ -5,6 +5,8 @@ MergeKernel MergeKernel4() {
 }
 
 MergeKernel BestMergeKernel() {
-    static const MergeKernel best = MergeKernel16() ? MergeKernel16() : MergeKernel8() ? MergeKernel8() : MergeKernel4();
+    static const MergeKernel best = MergeKernel16()  ? MergeKernel16()
+                                    : MergeKernel8() ? MergeKernel8()
+                                                     : MergeKernel4();
     return best;
 }

@@ -4,7 +4,8 @@
 
 void OrderedInserter::Setup(const PixelRect& bucket, int threads, size_t bytesPerThread) {
     grid_ = TileGrid(bucket);
-    bytesPerThread_ = bound_ = bytesPerThread;
+    leastBound_ = bound_ = bytesPerThread * size_t(threads);
+    batchBytes_ = 0;
     firstUnit_ = 0;
     nextTile_ = 0;
     writers_.clear();
@@ -26,6 +27,12 @@ void OrderedInserter::Release() {
     writers_.clear();
     image_.Release();
     shadow_.Release();
+}
+
+bool OrderedInserter::Full(int thread, uint32_t nextUnit) {
+    const size_t more = writers_[size_t(thread)]->NewBytes();
+    return batchBytes_.fetch_add(more, std::memory_order_relaxed) + more >= bound_ ||
+           nextUnit - firstUnit_ >= kMaxBatchUnits - kMaxThreads;
 }
 
 template <class Fragment>
@@ -58,7 +65,8 @@ void OrderedInserter::EndBatch(uint32_t nextUnit) {
     for (auto& writer : writers_) writer->Reset();
     firstUnit_ = nextUnit;
     nextTile_ = 0;
-    bound_ = std::max(bytesPerThread_, FragmentBytes() / 4 / std::max<size_t>(1, writers_.size()));
+    bound_ = std::max(leastBound_, FragmentBytes() / 4);
+    batchBytes_ = 0;
 }
 
 size_t OrderedInserter::SampleBytes() const {

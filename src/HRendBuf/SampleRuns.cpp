@@ -54,11 +54,13 @@ template class TileRuns<ShadowPoint>;
 void SampleWriter::Setup(const TileGrid& grid) {
     grid_ = grid;
     unitTag_ = 0;
+    countedBytes_ = 0;
     image_.Setup(grid.Count());
     shadow_.Setup(grid.Count());
 }
 
 void SampleWriter::Reset() {
+    countedBytes_ = 0;
     image_.Reset();
     shadow_.Reset();
 }

@@ -162,16 +162,28 @@ TEST(Ordered, DirectInsertionBeforeAndAfterIsKeptInOrder) {
 }
 
 TEST(Ordered, BatchEndsWhenFullOrUnitsRunOut) {
+    constexpr int kChunk = TileRuns<ImagePoint>::kChunkRecords;
     OrderedInserter ordered;
-    ordered.Setup({0, 0, 64, 64}, 2, 3000);
+    ordered.Setup({0, 0, 64, 64}, 2, sizeof(TileRuns<ImagePoint>::Chunk) + 100);
+    const auto insert = [&](int thread, int samples) {
+        for (int i = 0; i < samples; ++i)
+            ordered.Writer(thread).InsertImage(5, 5, -float(i), {1, 1, 1}, 0.1f, 0.1f, {});
+    };
     EXPECT_FALSE(ordered.Full(0, 1));
     ordered.BeginUnit(0, 0);
-    for (int i = 0; i < 64; ++i) ordered.Writer(0).InsertImage(5, 5, -float(i), {1, 1, 1}, 0.1f, 0.1f, {});
-    EXPECT_FALSE(ordered.Full(0, 1));
-    ordered.Writer(0).InsertImage(5, 5, -1, {1, 1, 1}, 0.1f, 0.1f, {});
-    EXPECT_TRUE(ordered.Full(0, 1));
-    EXPECT_FALSE(ordered.Full(1, 1));
-    EXPECT_TRUE(ordered.Full(1, kMaxBatchUnits - 1));
+    ordered.BeginUnit(1, 1);
+    insert(0, kChunk);
+    // Asking again counts nothing twice.
+    for (int i = 0; i < 5; ++i) EXPECT_FALSE(ordered.Full(0, 2));
+    insert(1, kChunk);
+    EXPECT_FALSE(ordered.Full(1, 2));
+    // The threads share the bound: it is reached by whoever draws on.
+    insert(0, 1);
+    EXPECT_TRUE(ordered.Full(0, 2));
+    EXPECT_TRUE(ordered.Full(1, 2));
+    ordered.EndBatch(2);
+    EXPECT_FALSE(ordered.Full(1, 3));
+    EXPECT_TRUE(ordered.Full(1, 2 + kMaxBatchUnits - 1));
     ordered.EndBatch(kMaxBatchUnits - 1);
     EXPECT_FALSE(ordered.Full(1, kMaxBatchUnits));
     EXPECT_EQ(ordered.SampleBytes(), 0u);
