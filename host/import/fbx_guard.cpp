@@ -5,8 +5,21 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include "import/file_error.h"
+
+namespace Assimp {
+
+void aiAssertViolation(const char* expression, const char* file, int line);
+
+// Debian's Assimp is built with its own checks, which abort the program. This takes the place of the library's
+// function: a failed check becomes an error of the import, for all forms of file.
+void aiAssertViolation(const char* expression, const char*, int) {
+    throw std::runtime_error(std::string("failed check: ") + expression);
+}
+
+} // namespace Assimp
 
 namespace host {
 

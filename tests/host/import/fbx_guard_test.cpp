@@ -138,6 +138,12 @@ TEST(FbxGuardBinary, CutOffAnywhere) {
     for (size_t size = 18; size <= whole.size(); ++size) EXPECT_EQ(CheckError(whole.substr(0, size)), "") << size;
 }
 
+TEST(FbxGuard, FailedChecksOfTheLibraryAreErrors) {
+    const std::string content = ReadWholeFile(VELMAR_SOURCE_DIR "/fuzz/corpus/fbx/vertex_of_no_face.fbx");
+    EXPECT_EQ(ErrorOf([&] { ImportFbx("m.fbx", content); }),
+              "m.fbx: cannot be read as FBX (failed check: out_idx != nullptr)");
+}
+
 TEST(FbxGuard, BonesOfOneName) {
     const std::string file = VELMAR_SOURCE_DIR "/fuzz/corpus/fbx/bone_twice.fbx";
     const ImportedScene scene = ImportFbx(file, ReadWholeFile(file));
