@@ -48,6 +48,25 @@ def memory():
     print(f"a scope with the tracer off: {(1 / off - 1 / none) * 1e9:.2f} ns")
 
 
+def camera():
+    """Camera samples of the host's renderer beside a bare ray-tracing loop of the same run."""
+    s = json.loads(output(BENCH / "camera_bench", ROOT / "bench/horse.toml"))
+    for threads in (1, 2):
+        print(f"{threads} thread{'s' * (threads > 1)}: bare loop {s[f'bare_{threads}'] / 1e6:5.2f} M/s  "
+              f"one sample a pixel {s[f'one_{threads}'] / 1e6:5.2f} M/s, {s[f'one_share_{threads}']:.2f} of it (target 0.40)  "
+              f"more at edges {s[f'edges_{threads}'] / 1e6:5.2f} M/s, {s[f'edges_share_{threads}']:.2f}")
+
+
+def loading():
+    """Seconds until a scene with a mesh of a million triangles stands, and until its first picture is there."""
+    with tempfile.TemporaryDirectory() as folder:
+        for form in ("obj", "ply"):
+            subprocess.run([BENCH / "load_bench", "write", f"{folder}/million.{form}"], check=True)
+            s = json.loads(output(BENCH / "load_bench", "load", f"{folder}/million.{form}"))
+            print(f".{form}: {s['faces']:,} triangles in {s['load_s']:.2f} s, {s['load_faces_per_s'] / 1e6:.2f} M/s; "
+                  f"first picture of 320 x 180 after {s['picture_s']:.2f} s more; file {s['bytes'] / 2**20:.0f} MiB")
+
+
 def picture(strands, threads, runs):
     """Statistics of a picture of so many strands; the run with the median wall time."""
     with tempfile.TemporaryDirectory() as folder:
@@ -85,6 +104,11 @@ def main():
     heading("Skinned vertices (bones a vertex, threads)")
     for name, rate in rates("skin_bench").items():
         print(f"{name.removesuffix('/real_time'):<27} {rate / 1e6:6.1f} M/s")
+
+    heading("Camera samples of the horse without hair, one light")
+    camera()
+    heading("Scenes with a mesh of a million triangles, both cores")
+    loading()
 
     heading("Where the time goes")
     print(output(BENCH / "stages_bench", MESH, 300000), end="")

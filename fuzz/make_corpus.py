@@ -363,6 +363,14 @@ object = "key"
 parameter = "multiplier"
 values = [[0, 1], [5, 2.5e-1]]
 """,
+    "effects": b"""[[effect]]
+class = "depth_fog"
+name = "mist"
+set = { color = [0.5, 0.5, 0.6], far = 10, onlyId = 3 }
+[[image_filter]]
+class = "negative"
+config = [50]
+""",
 }
 
 

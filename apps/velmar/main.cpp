@@ -79,7 +79,7 @@ private:
         c->add_option("--threads", o.threads, "threads, 0 for as many as there are processors")
             ->check(CLI::NonNegativeNumber);
         c->add_option("--stats", o.stats, "writes numbers about the render, as JSON");
-        c->add_flag("--quiet", o.quiet, "no progress on the terminal");
+        c->add_flag("--quiet", o.quiet, "no progress and no line for every frame; warnings and errors stay");
         c->add_option("--progress", progress_, "'farm' prints ALF_PROGRESS lines")->check(CLI::IsMember({"farm"}));
         c->callback([this] { FinishRender(); });
     }

@@ -41,6 +41,22 @@ std::string CountText(double count) {
     return text;
 }
 
+void FrameProgress::SetTask(const std::string& name, int objectCount) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreTask(name, objectCount);
+    TaskBegins();
+}
+
+void FrameProgress::SetTaskProgress(int objectIndex) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    objectIndex_ = objectIndex;
+}
+
+void FrameProgress::SetObject(const std::string& name, int stepTotal) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreObject(name, stepTotal);
+}
+
 double TerminalProgInd::SystemSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
@@ -51,22 +67,6 @@ TerminalProgInd::TerminalProgInd(std::FILE* terminal, std::function<long()> stra
 
 TerminalProgInd::~TerminalProgInd() {
     ClearLine();
-}
-
-void TerminalProgInd::SetTask(const std::string& name, int objectCount) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    StoreTask(name, objectCount);
-    frameStart_ = clock_();
-}
-
-void TerminalProgInd::SetTaskProgress(int objectIndex) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    objectIndex_ = objectIndex;
-}
-
-void TerminalProgInd::SetObject(const std::string& name, int stepTotal) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    StoreObject(name, stepTotal);
 }
 
 void TerminalProgInd::SetObjectProgress(int step) {
@@ -84,6 +84,13 @@ void TerminalProgInd::Saved(const std::string& file) {
     const std::lock_guard<std::mutex> lock(mutex_);
     ClearLine();
     std::fprintf(terminal_, "Saved: '%s' (%s)\n", file.c_str(), TimeText(clock_() - frameStart_).c_str());
+    std::fflush(terminal_);
+}
+
+void TerminalProgInd::Log(const std::string& line) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ClearLine();
+    std::fprintf(terminal_, "%s\n", line.c_str());
     std::fflush(terminal_);
 }
 
@@ -110,21 +117,6 @@ void TerminalProgInd::ClearLine() {
     std::fprintf(terminal_, "\r\033[K");
     std::fflush(terminal_);
     lineOpen_ = false;
-}
-
-void FarmProgInd::SetTask(const std::string& name, int objectCount) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    StoreTask(name, objectCount);
-}
-
-void FarmProgInd::SetTaskProgress(int objectIndex) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    objectIndex_ = objectIndex;
-}
-
-void FarmProgInd::SetObject(const std::string& name, int stepTotal) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    StoreObject(name, stepTotal);
 }
 
 void FarmProgInd::SetObjectProgress(int step) {

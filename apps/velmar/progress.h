@@ -15,8 +15,18 @@ namespace velmar {
 /// Progress of a number of frames. The task's name says which one is being made ("frame 12").
 class FrameProgress : public IProgressIndicator {
 public:
+    void SetTask(const std::string& name, int objectCount) override;
+    void SetTaskProgress(int objectIndex) override;
+    void SetObject(const std::string& name, int stepTotal) override;
     /// The frame's file is there.
     virtual void Saved(const std::string& file) {}
+    /// A line of the log, on standard error. Any thread.
+    virtual void Log(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+
+protected:
+    /// A task begins; the mutex is held.
+    virtual void TaskBegins() {}
+    std::mutex mutex_;
 };
 
 /// One line on a terminal that is written again and again: frame, percentage, what is being done, time, time left,
@@ -31,15 +41,15 @@ public:
     TerminalProgInd(std::FILE* terminal, std::function<long()> strands, Clock clock = SystemSeconds);
     /// Wipes the line.
     ~TerminalProgInd() override;
-    void SetTask(const std::string& name, int objectCount) override;
-    void SetTaskProgress(int objectIndex) override;
-    void SetObject(const std::string& name, int stepTotal) override;
     /// Writes the line, at most ten times a second.
     void SetObjectProgress(int step) override;
     void Refresh() override;
     void Saved(const std::string& file) override;
+    /// On the terminal, in place of the line.
+    void Log(const std::string& line) override;
 
 private:
+    void TaskBegins() override { frameStart_ = clock_(); }
     void Show();
     void ClearLine();
 
@@ -47,7 +57,6 @@ private:
     const std::function<long()> strands_;
     const Clock clock_;
     const double start_;
-    std::mutex mutex_;
     double frameStart_, shownAt_;
     bool lineOpen_ = false;
 };
@@ -56,9 +65,6 @@ private:
 class FarmProgInd : public FrameProgress {
 public:
     explicit FarmProgInd(std::FILE* out) : out_(out) {}
-    void SetTask(const std::string& name, int objectCount) override;
-    void SetTaskProgress(int objectIndex) override;
-    void SetObject(const std::string& name, int stepTotal) override;
     void SetObjectProgress(int step) override;
     void Saved(const std::string& file) override;
 
@@ -66,7 +72,6 @@ private:
     void Show(double share);
 
     std::FILE* const out_;
-    std::mutex mutex_;
     int shownPercent_ = -1;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -47,7 +48,11 @@ public:
         for (const int frame : options.frames)
             if (std::abs(int64_t(frame) * session.core.GetTicksPerFrame()) > kFarthestTime)
                 throw host::Error("frame " + std::to_string(frame) + " is too far away, expected a smaller number");
+        session.core.Log()->SetSink([this](int type, const std::string& line) { Log(type, line); });
     }
+    ~RenderRun() { session_.core.Log()->SetSink(nullptr); }
+    RenderRun(const RenderRun&) = delete;
+    RenderRun& operator=(const RenderRun&) = delete;
 
     int Run() {
         const auto start = Clock::now();
@@ -61,6 +66,13 @@ public:
 
 private:
     static long Strands(const Session& session) { return session.RendererNumber("statsNumRendStrands"); }
+
+    // Any thread. A quiet run keeps warnings and errors.
+    void Log(int type, const std::string& line) const {
+        if (options_.quiet && type == SYSLOG_INFO) return;
+        if (progress_) return progress_->Log(line);
+        std::fprintf(stderr, "%s\n", line.c_str());
+    }
 
     void TellFrame(int index, int frame) {
         if (!progress_) return;
@@ -91,6 +103,7 @@ private:
     // The hair renderer counts anew for every frame.
     void AddUp(const host::FrameStats& stats) {
         cpuSeconds_ += stats.cpuSeconds;
+        effectSeconds_ += stats.effectSeconds;
         cameraSamples_ += stats.cameraSamples;
         segments_ += stats.atmosphereSegments;
         threads_ = stats.threads;
@@ -111,6 +124,7 @@ private:
             {"wall_s", wallSeconds_},
             {"hair_s", double(hairMs_) / 1000.0},
             {"shadow_s", double(shadowMs_) / 1000.0},
+            {"effects_s", effectSeconds_},
             {"cpu_s", cpuSeconds_},
             {"peak_rss_bytes", host::ProcessPeakRssBytes()},
             {"hair_bytes", hairBytes_},
@@ -133,7 +147,7 @@ private:
     host::FrameSettings settings_;
     std::unique_ptr<FrameProgress> progress_;
     host::Picture picture_;
-    double wallSeconds_ = 0, cpuSeconds_ = 0;
+    double wallSeconds_ = 0, cpuSeconds_ = 0, effectSeconds_ = 0;
     uint64_t cameraSamples_ = 0, segments_ = 0;
     int64_t strands_ = 0, hairMs_ = 0, shadowMs_ = 0;
     std::optional<int64_t> fragments_; ///< none when the renderer does not count them

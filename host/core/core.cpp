@@ -25,6 +25,9 @@ Core::~Core() {
     theHold.Flush();
     owner_.DeleteAll();
     refs_.DeleteAllRefs();
+    atmospherics_.DeleteAllRefs();
+    effects_.DeleteAllRefs();
+    filters_.Clear();
     gCurrent.store(former == this ? nullptr : former, std::memory_order_release);
 }
 

@@ -8,11 +8,13 @@
 #include <vector>
 
 #include "core/class_directory.h"
+#include "core/filter_queue.h"
 #include "core/host_log.h"
 #include "core/memory_dialogs.h"
 #include "core/message_boxes.h"
 #include "core/node.h"
 #include "core/plugin_loader.h"
+#include "core/ref_list.h"
 #include "core/scene_refs.h"
 #include "core/target_owner.h"
 #include "sdk/core.h"
@@ -89,12 +91,19 @@ public:
     void ResetScene();
 
     // Environment and render settings.
-    int NumAtmospheric() override { return int(refs_.Atmospherics().size()); }
-    Atmospheric* GetAtmospheric(int i) override;
+    int NumAtmospheric() override { return atmospherics_.Count(); }
+    Atmospheric* GetAtmospheric(int i) override { return atmospherics_.At(i); }
     /// Null and effects already in the list are ignored. The list does not own.
-    void AddAtmosphere(Atmospheric* a) override { refs_.AddAtmospheric(a); }
+    void AddAtmosphere(Atmospheric* a) override { atmospherics_.Add(a); }
     /// Takes effect `i` out of the list; deletes it when the scene owns it and nobody else refers to it.
-    void DeleteAtmosphere(int i) override;
+    void DeleteAtmosphere(int i) override { DeleteFrom(atmospherics_, i); }
+    /// The render effects in the order in which they work. The list does not own.
+    const std::vector<Effect*>& Effects() const { return effects_.Items(); }
+    void AddEffect(Effect* e) { effects_.Add(e); }
+    /// As DeleteAtmosphere.
+    void DeleteEffect(int i) { DeleteFrom(effects_, i); }
+    /// The image filters, which work after the effects.
+    FilterQueue& Filters() { return filters_; }
     Renderer* GetCurrentRenderer() override { return refs_.GetRenderer(); }
     void SetCurrentRenderer(Renderer* r) { refs_.ReplaceReference(SceneRefs::kRenderer, r); }
     const RendParams& GetRendParams() override { return rendParams_; }
@@ -177,6 +186,8 @@ private:
         place = value;
     }
     void HoldAdoption(ReferenceTarget* target);
+    template <class T>
+    void DeleteFrom(RefList<T>& list, int i);
 
     class Viewport : public ViewExp {
     public:
@@ -191,6 +202,9 @@ private:
     PluginLoader plugins_{classes_}; ///< outlives every object whose code is in a plug-in
     TargetOwner owner_;
     SceneRefs refs_;
+    RefList<Atmospheric> atmospherics_;
+    RefList<Effect> effects_;
+    FilterQueue filters_{classes_};
     Node* root_ = nullptr;
     Viewport viewport_{refs_};
     int viewportsInUse_ = 0, redraws_ = 0;

@@ -108,25 +108,26 @@ void Core::ResetScene() {
     const HoldSuspend unrecorded;
     owner_.DeleteAll();
     refs_.DeleteAllRefs();
-    while (NumAtmospheric() > 0) refs_.RemoveAtmospheric(NumAtmospheric() - 1);
+    atmospherics_.RemoveAll();
+    effects_.RemoveAll();
+    filters_.Clear();
     root_ = Adopt(new Node("Scene Root"));
     boxes_.Clear();
     ClearRenderAbort();
     BroadcastNotification(NOTIFY_SYSTEM_POST_RESET);
 }
 
-Atmospheric* Core::GetAtmospheric(int i) {
-    return i >= 0 && i < NumAtmospheric() ? refs_.Atmospherics()[size_t(i)] : nullptr;
-}
-
-void Core::DeleteAtmosphere(int i) {
-    Atmospheric* const a = GetAtmospheric(i);
-    if (!a) return;
-    TargetWatch watch(a);
+template <class T>
+void Core::DeleteFrom(RefList<T>& list, int i) {
+    T* const target = list.At(i);
+    if (!target) return;
+    TargetWatch watch(target);
     const HoldGroup group;
-    refs_.RemoveAtmospheric(i);
-    if (owner_.Owns(a) && !a->HasDependents()) a->DeleteThis();
+    list.Remove(i);
+    if (owner_.Owns(target) && !target->HasDependents()) target->DeleteThis();
 }
+template void Core::DeleteFrom(RefList<Atmospheric>& list, int i);
+template void Core::DeleteFrom(RefList<Effect>& list, int i);
 
 Texmap* Core::FindTexmapByName(const char* name) {
     if (!name || !*name) return nullptr;

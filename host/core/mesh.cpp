@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "core/parallel.h"
+
 MeshCacheSlot& MeshCacheSlot::operator=(const MeshCacheSlot& other) {
     if (this == &other) return *this;
     std::shared_ptr<const void> theirs;
@@ -110,20 +112,41 @@ std::span<const int> Mesh::CornersOfVertex(int v) const {
     return std::span<const int>(n.corners).subspan(first, size_t(n.first[size_t(v) + 1]) - first);
 }
 
-Point3 Mesh::CornerNormal(int f, int corner) const {
-    if (!HasVertices(f) || corner < 0 || corner > 2) return {0, 0, 0};
+// The corner of a face with vertices; `normalOf` gives faces' normals.
+template <class NormalOf>
+Point3 Mesh::SmoothNormal(int f, int corner, const NormalOf& normalOf) const {
     Point3 given;
     if (SpecNormal(f, corner, given)) return given;
     const Face& own = faces[size_t(f)];
-    const Point3 flat = FaceNormal(f);
+    const Point3 flat = normalOf(f);
     if (own.smGroup == 0) return flat;
     Point3 sum;
     for (const int at : CornersOfVertex(own.v[corner])) {
         const int other = at / 3;
-        if (faces[size_t(other)].smGroup & own.smGroup) sum += FaceNormal(other);
+        if (faces[size_t(other)].smGroup & own.smGroup) sum += normalOf(other);
     }
     const Point3 smooth = Normalize(sum);
     return smooth == Point3() ? flat : smooth; // opposite faces cancel
+}
+
+Point3 Mesh::CornerNormal(int f, int corner) const {
+    if (!HasVertices(f) || corner < 0 || corner > 2) return {0, 0, 0};
+    return SmoothNormal(f, corner, [this](int face) { return FaceNormal(face); });
+}
+
+std::vector<Point3> Mesh::CornerNormals() const {
+    constexpr size_t kLeast = 20000; // faces that a thread is worth
+    std::vector<Point3> flat(faces.size()), all(faces.size() * 3);
+    host::ParallelRanges(faces.size(), kLeast, 0, [&](size_t begin, size_t end) {
+        for (size_t f = begin; f < end; ++f) flat[f] = FaceNormal(int(f));
+    });
+    GetCorners(); // made by one thread
+    host::ParallelRanges(faces.size(), kLeast, 0, [&](size_t begin, size_t end) {
+        for (size_t i = 3 * begin; i < 3 * end; ++i)
+            if (HasVertices(int(i / 3)))
+                all[i] = SmoothNormal(int(i / 3), int(i % 3), [&](int face) { return flat[size_t(face)]; });
+    });
+    return all;
 }
 
 bool Mesh::SpecNormal(int f, int corner, Point3& normal) const {

@@ -1,9 +1,6 @@
 #pragma once
-// What the scene refers to beside its nodes.
+// What the scene refers to beside its nodes and effects.
 
-#include <vector>
-
-#include "sdk/atmos.h"
 #include "sdk/control.h"
 #include "sdk/inode.h"
 #include "sdk/mtl.h"
@@ -12,11 +9,10 @@
 namespace host {
 
 /// The scene's references: renderer, environment map, camera of the viewport, controllers of background and ambient
-/// light, and the list of atmospheric effects. A deleted target leaves its slot empty; a deleted effect leaves the
-/// list.
+/// light. A deleted target leaves its slot empty.
 class SceneRefs : public ReferenceMaker {
 public:
-    enum { kRenderer, kEnvironment, kCamera, kBackground, kAmbient, kFixedRefs };
+    enum { kRenderer, kEnvironment, kCamera, kBackground, kAmbient, kCount };
 
     ~SceneRefs() override { DeleteAllRefs(); }
     Renderer* GetRenderer() const { return static_cast<Renderer*>(slots_[kRenderer]); }
@@ -27,23 +23,14 @@ public:
     /// False when the controller gives no point or colour.
     bool SetColorController(int slot, Control* c);
 
-    const std::vector<Atmospheric*>& Atmospherics() const { return atmospherics_; }
-    /// An effect that is in the list already is not added again.
-    void AddAtmospheric(Atmospheric* a);
-    void RemoveAtmospheric(int i);
-
-    int NumRefs() override { return kFixedRefs + int(atmospherics_.size()); }
-    RefTargetHandle GetReference(int i) override;
-    void SetReference(int i, RefTargetHandle target) override;
-    RefResult NotifyRefChanged(const Interval&, RefTargetHandle, PartID&, RefMessage message) override;
+    int NumRefs() override { return kCount; }
+    RefTargetHandle GetReference(int i) override { return i >= 0 && i < kCount ? slots_[i] : nullptr; }
+    void SetReference(int i, RefTargetHandle target) override {
+        if (i >= 0 && i < kCount) slots_[i] = target;
+    }
 
 private:
-    void HoldSlot(size_t i, bool present);
-    void InsertSlot(size_t i);
-    void EraseSlot(size_t i);
-
-    RefTargetHandle slots_[kFixedRefs] = {};
-    std::vector<Atmospheric*> atmospherics_;
+    RefTargetHandle slots_[kCount] = {};
 };
 
 } // namespace host

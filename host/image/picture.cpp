@@ -36,14 +36,6 @@ void Picture::Reset(int width, int height, float aspect) {
     framesPerSecond = 0;
 }
 
-AColor Picture::GetPixel(int x, int y) const {
-    return Inside(x, y) ? pixels_[Index(x, y)] : AColor(0, 0, 0, 0);
-}
-
-void Picture::PutPixel(int x, int y, const AColor& c) {
-    if (Inside(x, y)) pixels_[Index(x, y)] = c;
-}
-
 Color Picture::GetBackground(int x, int y) const {
     return Inside(x, y) && HasBackground() ? background_[Index(x, y)] : Color();
 }
@@ -64,6 +56,10 @@ void Picture::AddChannels(uint32_t channels) {
         channels_[k.bit].assign(pixels_.size() * size_t(k.type / 8), std::byte{0});
         if (k.bit == BMM_CHAN_Z) std::fill_n(Z(), pixels_.size(), kEmptyDepth);
     }
+}
+
+void Picture::KeepChannels(uint32_t channels) {
+    std::erase_if(channels_, [channels](const auto& entry) { return (entry.first & channels) == 0; });
 }
 
 uint32_t Picture::Channels() const {

@@ -18,7 +18,7 @@ inline constexpr int kMaxPictureSide = 32768;
 /// A picture: linear float colour, premultiplied by alpha and without the background; what of the background shines
 /// through is kept beside it. Pixel (0, 0) is the upper left one. Channels are absent until asked for.
 /// Different pixels may be written from different threads.
-class Picture : public Bitmap {
+class Picture final : public Bitmap {
 public:
     Picture() = default;
     Picture(int width, int height, float aspect = 1) { Reset(width, height, aspect); }
@@ -30,13 +30,15 @@ public:
     int Height() const override { return height_; }
     float Aspect() const override { return aspect_; }
     /// Transparent black outside the picture.
-    AColor GetPixel(int x, int y) const override;
+    AColor GetPixel(int x, int y) const override { return Inside(x, y) ? pixels_[Index(x, y)] : AColor(0, 0, 0, 0); }
     /// Ignored outside the picture.
-    void PutPixel(int x, int y, const AColor& c) override;
+    void PutPixel(int x, int y, const AColor& c) override {
+        if (Inside(x, y)) pixels_[Index(x, y)] = c;
+    }
 
     /// What of the background shines through a pixel; black when no background was ever put.
-    Color GetBackground(int x, int y) const;
-    void PutBackground(int x, int y, const Color& c);
+    Color GetBackground(int x, int y) const override;
+    void PutBackground(int x, int y, const Color& c) override;
     /// Makes room for the background; needed before several threads put it.
     void AddBackground() { background_.resize(pixels_.size()); }
     bool HasBackground() const { return !background_.empty(); }
@@ -46,6 +48,8 @@ public:
     /// Makes the channels of the bit set `channels` (BMM_CHAN_*) that are not there yet, filled with zero; Z is
     /// filled with kEmptyDepth. Z holds camera-space z: negative in front of the camera.
     void AddChannels(uint32_t channels);
+    /// Drops all channels that are not in the set.
+    void KeepChannels(uint32_t channels);
     /// Channels there, as a bit set.
     uint32_t Channels() const;
     void* GetChannel(uint32_t channel, ChannelType& type) override;

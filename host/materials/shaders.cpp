@@ -44,7 +44,7 @@ inline void LambertShader::AddLight(ShadeContext& sc, LightDesc& light, const Po
 
 void LambertShader::Illum(ShadeContext& sc, IllumParams& ip) {
     const Point3 n = sc.Normal();
-    const float exponent = std::exp2(10.0f * ip.glossiness);
+    const float exponent = ip.specLevel > 0.0f ? std::exp2(10.0f * ip.glossiness) : 1.0f;
     ip.ambIllumOut = sc.ambientLight;
     ip.diffIllumOut = ip.specIllumOut = Color();
     for (int i = 0; i < sc.nLights; ++i)

@@ -10,6 +10,7 @@
 #include "render/effect_progress.h"
 #include "render/frame.h"
 #include "render/gbuffer_writer.h"
+#include "render/pixel_centres.h"
 
 namespace host {
 
@@ -34,15 +35,17 @@ public:
     uint64_t Segments() const { return segments_; }
 
 private:
-    class Centres;
+    struct Worker;
     void Work();
-    bool RenderBand(CameraSampler& sampler, int band);
-    bool RenderPlain(CameraSampler& sampler, int first, int end);
-    bool RenderFiltered(CameraSampler& sampler, int first, int end);
-    void FilterRows(CameraSampler& sampler, const Centres& centres, int y, bool own, PixelSample* rows);
+    bool RenderBand(Worker& worker, int band);
+    bool Look(Worker& worker, int last);
+    bool RenderPlain(Worker& worker, int first, int end);
+    bool RenderFiltered(Worker& worker, int first, int end);
+    void FilterRows(Worker& worker, int y, bool own, PixelSample* rows);
     bool InField(int y) const { return parity_ < 0 || (y & 1) == parity_; }
-    PixelSample Supersample(CameraSampler& sampler, int x, int y);
-    void SampleBlock(CameraSampler& sampler, int x, int y, PixelSample* block);
+    PixelSample GridSample(Worker& worker, int x, int y, int i, int j);
+    PixelSample Supersample(Worker& worker, int x, int y);
+    uint64_t SampleBlock(Worker& worker, int x, int y, PixelSample* block, size_t step);
     void Put(int x, int y, const PixelSample& s, const SurfaceSample& centre);
     bool Aborted();
     void BandDone(int lines);
@@ -53,7 +56,7 @@ private:
     const PictureRegion region_;
     const PixelFilter filter_;
     std::vector<PixelFilter::Taps> columns_; ///< of the region's columns, when the filter is not plain
-    int threads_;
+    const int threads_, bandLines_;
     Picture& out_;
     IProgressIndicator* progress_;
     const int parity_;

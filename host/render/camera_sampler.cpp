@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "render/surface_context.h"
-
 namespace host {
 
 namespace {
@@ -23,12 +21,15 @@ bool IsOpaque(const Color& transparency) {
 
 } // namespace
 
+CameraSampler::CameraSampler(RenderContext& render)
+    : render_(render), effects_(render.Atmosphere().Effects().size()), sc_(render) {}
+
 CameraSampler::View CameraSampler::ViewThrough(float x, float y) const {
     View view;
     render_.View().RayThrough(x, y, view.from, view.direction);
     view.unit = Normalize(view.direction);
     view.pixel = {int(std::floor(x)), int(std::floor(y))};
-    view.x = x, view.y = y;
+    view.screen = {x, y};
     return view;
 }
 
@@ -38,62 +39,65 @@ bool CameraSampler::ShadeNearest(const View& view, float near, SurfaceLayer& lay
     if (!render_.Rays().Nearest(view.from, view.direction, near, render_.View().yon, kCameraRays, hit)) return false;
     depth = hit.t;
     const MeshInstance& instance = render_.Instance(hit.id);
-    SurfaceContext sc(render_, view.pixel.x, view.pixel.y);
-    sc.SetScreen(view.x, view.y);
-    sc.SetSurface(instance, hit, view.unit);
-    render_.MaterialOf(instance).Shade(sc);
-    const Color clear = sc.out.t;
-    layer.skipped = (sc.out.flags & SHADEOUT_NOTHING) != 0;
-    layer.color = sc.out.c * instance.visibility;
+    sc_.Begin(view.pixel, view.screen);
+    sc_.SetSurface(instance, hit, view.unit);
+    render_.MaterialOf(instance).Shade(sc_);
+    const Color clear = sc_.out.t;
+    layer.skipped = (sc_.out.flags & SHADEOUT_NOTHING) != 0;
+    layer.color = sc_.out.c * instance.visibility;
     layer.transparency = Color(1, 1, 1) + (clear - Color(1, 1, 1)) * instance.visibility;
-    layer.p = sc.P();
-    layer.normal = sc.OrigNormal();
+    layer.p = sc_.P();
+    layer.normal = sc_.OrigNormal();
     layer.instance = hit.id;
-    layer.materialId = sc.mtlNum;
+    layer.materialId = sc_.mtlNum;
     return true;
 }
 
-// Surfaces from the nearest one until one is opaque; at most `most`. Returns how many.
-int CameraSampler::Trace(const View& view, int most, SurfaceLayer* layers) {
+// Surfaces from the nearest one until one is opaque, into layers_. Returns how many.
+int CameraSampler::Trace(const View& view) {
     float near = render_.View().hither;
     int count = 0;
-    while (count < most) {
+    while (count < kMostLayers) {
         float depth = 0;
-        if (!ShadeNearest(view, near, layers[count], depth)) break;
-        const bool opaque = IsOpaque(layers[count].transparency);
-        if (!layers[count].skipped) ++count;
+        if (!ShadeNearest(view, near, layers_[size_t(count)], depth)) break;
+        const bool opaque = IsOpaque(layers_[size_t(count)].transparency);
+        if (!layers_[size_t(count)].skipped) ++count;
         if (opaque) break;
         near = std::max(depth + depth * kStepBehind, std::nextafter(depth, render_.View().yon));
     }
     return count;
 }
 
+// What is seen behind everything.
+Color CameraSampler::Behind(const View& view) {
+    if (!render_.envMap) return render_.BackgroundColor();
+    sc_.Begin(view.pixel, view.screen);
+    sc_.SetBackground(FarPoint(view), view.unit);
+    return sc_.Background();
+}
+
 SurfaceSample CameraSampler::Surfaces(float x, float y) {
     const View view = ViewThrough(x, y);
-    SurfaceLayer layers[kMostLayers];
-    const int count = Trace(view, kMostLayers, layers);
+    const int count = Trace(view);
     SurfaceSample sample;
-    if (count > 0) sample.first = layers[0];
-    sample.more = count > 0 && !IsOpaque(layers[0].transparency);
-    if (count == 0 || !IsOpaque(layers[count - 1].transparency)) {
-        SurfaceContext sc(render_, view.pixel.x, view.pixel.y);
-        sc.SetScreen(x, y);
-        sc.SetBackground(FarPoint(view), view.unit);
-        sample.flat = sc.Background();
-    }
-    for (int i = count - 1; i >= 0; --i) sample.flat = layers[i].color + layers[i].transparency * sample.flat;
+    if (count > 0) sample.first = layers_[0];
+    sample.more = count > 0 && !IsOpaque(layers_[0].transparency);
+    if (count == 0 || !IsOpaque(layers_[size_t(count) - 1].transparency)) sample.flat = Behind(view);
+    for (size_t i = size_t(count); i-- > 0;) sample.flat = layers_[i].color + layers_[i].transparency * sample.flat;
+    for (int i = 0; i < 3; ++i) sample.flat[i] = std::clamp(sample.flat[i], 0.0f, 1.0f);
     return sample;
 }
 
 PixelSample CameraSampler::Shade(float x, float y) {
     const View view = ViewThrough(x, y);
-    SurfaceLayer layers[kMostLayers];
-    return Compose(view, layers, Trace(view, kMostLayers, layers));
+    return Compose(view, layers_.data(), Trace(view));
 }
 
 PixelSample CameraSampler::Shade(float x, float y, const SurfaceSample& known) {
     if (known.more) return Shade(x, y);
-    return Compose(ViewThrough(x, y), &known.first, known.first.instance >= 0 ? 1 : 0);
+    // Only the air and an environment ask where the sample looks.
+    const View view = effects_ > 0 || render_.envMap ? ViewThrough(x, y) : View();
+    return Compose(view, &known.first, known.first.instance >= 0 ? 1 : 0);
 }
 
 Point3 CameraSampler::FarPoint(const View& view) const {
@@ -102,38 +106,36 @@ Point3 CameraSampler::FarPoint(const View& view) const {
 }
 
 // The air between `far` and the next nearer surface, or the camera.
-void CameraSampler::Air(const View& view, ShadeContext& sc, const SurfaceLayer* nearer, const Point3& far,
-                        bool background, PixelSample& s, Color& transparency) {
+void CameraSampler::Air(const View& view, const SurfaceLayer* nearer, const Point3& far, bool background,
+                        PixelSample& s, Color& transparency) {
+    if (effects_ == 0) return;
     const Matrix3& toWorld = render_.camToWorld;
     // The camera's own place is exact: effects recognise camera segments by it.
     const Point3 start = nearer                                 ? nearer->p * toWorld
                          : render_.projType == PROJ_PERSPECTIVE ? toWorld.GetTrans()
                                                                 : view.from * toWorld;
-    segments_ += render_.Atmosphere().Effects().size();
-    render_.Atmosphere().Shade(sc, start, far * toWorld, s.color, transparency, background);
+    segments_ += effects_;
+    sc_.Begin(view.pixel, view.screen);
+    sc_.SetBackground(far, view.unit);
+    render_.Atmosphere().Shade(sc_, start, far * toWorld, s.color, transparency, background);
 }
 
 PixelSample CameraSampler::Compose(const View& view, const SurfaceLayer* layers, int count) {
     PixelSample s;
     Color transparency;
-    SurfaceContext sc(render_, view.pixel.x, view.pixel.y);
-    sc.SetScreen(view.x, view.y);
     Color behind;
     if (count == 0 || !IsOpaque(layers[count - 1].transparency)) {
-        const Point3 far = FarPoint(view);
-        sc.SetBackground(far, view.unit);
-        behind = s.color = sc.Background();
+        behind = s.color = Behind(view);
         transparency = {1, 1, 1};
         const SurfaceLayer* const nearer = count > 0 ? &layers[count - 1] : nullptr;
         if (!nearer || render_.Instance(nearer->instance).inAtmosphere)
-            Air(view, sc, nearer, far, true, s, transparency);
+            Air(view, nearer, FarPoint(view), true, s, transparency);
     }
     for (int i = count - 1; i >= 0; --i) {
         s.color = layers[i].color + layers[i].transparency * s.color;
         transparency = layers[i].transparency * transparency;
         if (!render_.Instance(layers[i].instance).inAtmosphere) continue;
-        sc.SetBackground(layers[i].p, view.unit);
-        Air(view, sc, i > 0 ? &layers[i - 1] : nullptr, layers[i].p, false, s, transparency);
+        Air(view, i > 0 ? &layers[i - 1] : nullptr, layers[i].p, false, s, transparency);
     }
     s.background = behind * transparency;
     s.alpha = std::clamp(1.0f - Intens(transparency), 0.0f, 1.0f);

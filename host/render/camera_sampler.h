@@ -1,9 +1,11 @@
 #pragma once
 // One camera sample: surfaces along a ray, and the air between them.
 
+#include <array>
 #include <cstdint>
 
 #include "render/render_context.h"
+#include "render/surface_context.h"
 
 namespace host {
 
@@ -16,7 +18,8 @@ struct SurfaceLayer {
     int materialId = 0;
 };
 
-/// A camera sample's surfaces without the air: the nearest one, and the colour of all of them over the background.
+/// A camera sample's surfaces without the air: the nearest one, and the colour of all of them over the background, cut
+/// to 0..1.
 struct SurfaceSample {
     SurfaceLayer first;
     bool more = false; ///< something shows through the first surface: another surface, or the background
@@ -30,10 +33,10 @@ struct PixelSample {
     float z = kEmptyDepth; ///< camera-space z of the nearest surface
 };
 
-/// Takes camera samples for one thread.
+/// Takes camera samples for one thread. The atmospheric effects are all there by then.
 class CameraSampler {
 public:
-    explicit CameraSampler(RenderContext& render) : render_(render) {}
+    explicit CameraSampler(RenderContext& render);
 
     /// Surfaces at the screen position (x, y).
     SurfaceSample Surfaces(float x, float y);
@@ -49,17 +52,22 @@ private:
     struct View {
         Point3 from, direction, unit;
         IPoint2 pixel;
-        float x, y;
+        Point2 screen;
     };
     View ViewThrough(float x, float y) const;
-    int Trace(const View& view, int most, SurfaceLayer* layers);
+    int Trace(const View& view);
     bool ShadeNearest(const View& view, float near, SurfaceLayer& layer, float& depth);
+    Color Behind(const View& view);
     PixelSample Compose(const View& view, const SurfaceLayer* layers, int count);
-    void Air(const View& view, ShadeContext& sc, const SurfaceLayer* nearer, const Point3& far, bool background,
-             PixelSample& s, Color& transparency);
+    void Air(const View& view, const SurfaceLayer* nearer, const Point3& far, bool background, PixelSample& s,
+             Color& transparency);
     Point3 FarPoint(const View& view) const;
 
     RenderContext& render_;
+    const size_t effects_; ///< number of atmospheric effects
+    // Kept from sample to sample: clearing them takes longer than a question.
+    SurfaceContext sc_;
+    std::array<SurfaceLayer, size_t(kMostLayers)> layers_;
     uint64_t segments_ = 0;
 };
 

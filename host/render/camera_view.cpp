@@ -61,16 +61,6 @@ void SetClip(const CameraState& state, CameraView& view) {
 
 } // namespace
 
-void CameraView::RayThrough(float x, float y, Point3& from, Point3& direction) const {
-    if (projType == PROJ_PARALLEL) {
-        from = {(x - xc) / xscale, (y - yc) / yscale, 0};
-        direction = {0, 0, -1};
-    } else {
-        from = {0, 0, 0};
-        direction = {-(x - xc) / xscale, -(y - yc) / yscale, -1};
-    }
-}
-
 INode* FindCamera(Core& core, const std::string& name) {
     const std::vector<INode*> cameras = Cameras(core);
     if (name.empty()) {

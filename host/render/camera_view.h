@@ -22,7 +22,15 @@ struct CameraView {
 
     /// Start and direction of the ray through a screen position, camera space; the direction's z is -1, so that
     /// distances in its units are depths.
-    void RayThrough(float x, float y, Point3& from, Point3& direction) const;
+    void RayThrough(float x, float y, Point3& from, Point3& direction) const {
+        if (projType == PROJ_PARALLEL) {
+            from = {(x - xc) / xscale, (y - yc) / yscale, 0};
+            direction = {0, 0, -1};
+        } else {
+            from = {0, 0, 0};
+            direction = {-(x - xc) / xscale, -(y - yc) / yscale, -1};
+        }
+    }
 };
 
 /// The node of the camera: of that name, or (name empty) the viewport's camera, else the scene's only one. Throws

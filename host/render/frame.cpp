@@ -14,6 +14,10 @@
 #include "materials/std_mtl.h"
 #include "materials/vertex_color_map.h"
 #include "render/camera_view.h"
+#include "render/effects/blur.h"
+#include "render/effects/color_effects.h"
+#include "render/effects/negative_filter.h"
+#include "render/frame_log.h"
 #include "render/light_desc.h"
 #include "render/scan_renderer.h"
 
@@ -44,7 +48,9 @@ void RegisterRenderClasses(Core& core) {
     Light::SetDescFactory(MakeLightDesc);
     for (ClassDesc* const desc :
          {ScanRendererDesc(), StdMtlDesc(), MultiMtlDesc(), BlinnShaderDesc(), PhongShaderDesc(), BitmapMapDesc(),
-          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc()})
+          CheckerMapDesc(), NoiseMapDesc(), GradientMapDesc(), VertexColorMapDesc(),
+          static_cast<ClassDesc*>(&BrightnessContrast::Desc()), static_cast<ClassDesc*>(&ColorBalance::Desc()),
+          static_cast<ClassDesc*>(&DepthFog::Desc()), static_cast<ClassDesc*>(&Blur::Desc()), NegativeFilterDesc()})
         core.Classes().Register(desc);
 }
 
@@ -82,7 +88,10 @@ FrameResult RenderFrame(Core& core, const FrameSettings& settings, IProgressIndi
     const Core::Scope current(core);
     TimeValue time = settings.time;
     const NotifyScope frame(core, NOTIFY_PRE_RENDERFRAME, NOTIFY_POST_RENDERFRAME, &time);
-    return CurrentRenderer(core).Render(core, settings, progress, out, stats);
+    const FrameResult result = CurrentRenderer(core).Render(core, settings, progress, out, stats);
+    if (result == FrameResult::kDone)
+        core.Log()->LogEntry(SYSLOG_INFO, false, nullptr, FrameLogLine(core, settings, stats).c_str());
+    return result;
 }
 
 } // namespace host

@@ -45,6 +45,7 @@ struct FrameStats {
     uint64_t cameraSamples = 0;      ///< that ended in the picture
     uint64_t atmosphereSegments = 0; ///< segments that atmospheric effects were asked about
     uint64_t peakRssBytes = 0;       ///< of the process so far
+    double effectSeconds = 0;        ///< of wallSeconds, in render effects and image filters
     int threads = 0;
 };
 
@@ -53,18 +54,19 @@ enum class FrameResult {
     kAborted ///< Core::CheckForRenderAbort said so; the picture is incomplete and must not be written
 };
 
-/// Adds the host's renderer, materials and maps to the core's classes, and lets lights make their descriptors. Once a
-/// core, before scenes are loaded; again changes nothing.
+/// Adds the host's renderer, materials, maps, render effects and image filters to the core's classes, and lets lights
+/// make their descriptors. Once a core, before scenes are loaded; again changes nothing.
 void RegisterRenderClasses(Core& core);
 
 /// Throws Error when the settings are out of range or the camera cannot be found (names the nearest ones).
 void CheckFrameSettings(Core& core, const FrameSettings& settings);
 
 /// Renders the scene at `settings.time` into `out` (reset to the size; colour, background, Z, and the channels that the
-/// core's render parameters ask for). The picture is the same bit for bit for any thread count. The core's abort flag
-/// is polled, never cleared. `progress` may be null; its object is "Rendering", or what an effect is busy with, and its
-/// steps are the lines done. Throws Error on bad settings; effects' RenderEnd is called in
-/// every case.
+/// core's render parameters ask for), then lets the core's render effects and image filters work on it. The picture is
+/// the same bit for bit for any thread count. The core's abort flag is polled, never cleared. `progress` may be null;
+/// its object is "Rendering", or what an effect is busy with, and its steps are the lines done; afterwards the render
+/// effect or image filter at work with its own steps. A frame that is done gets one line in the core's log. Throws
+/// Error on bad settings; effects' RenderEnd is called in every case.
 FrameResult RenderFrame(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                         FrameStats& stats);
 

@@ -51,10 +51,16 @@ MeshInstance::MeshInstance(INode* n, const Mesh& m, TimeValue t, const Matrix3& 
 }
 
 void MeshInstance::MakeNormals() {
-    normals_.resize(size_t(own_.getNumFaces()) * 3);
-    for (int f = 0; f < own_.getNumFaces(); ++f)
-        for (int c = 0; c < 3; ++c)
-            normals_[size_t(f) * 3 + size_t(c)] = Normalize(NormalThrough(own_.CornerNormal(f, c), camToObj_));
+    normals_ = own_.CornerNormals();
+    for (Point3& n : normals_) n = Normalize(NormalThrough(n, camToObj_));
+    faceNormals_.resize(own_.faces.size());
+    for (int f = 0; f < own_.getNumFaces(); ++f) {
+        if (!own_.HasVertices(f)) continue; // is never hit
+        const int* const v = own_.faces[size_t(f)].v;
+        const Point3 &a = points_[size_t(v[0])], &b = points_[size_t(v[1])], &c = points_[size_t(v[2])];
+        const Point3 n = Normalize(CrossProd(b - a, c - a));
+        faceNormals_[size_t(f)] = facesTurned ? -n : n;
+    }
 }
 
 void MeshInstance::AddTo(RayScene& scene) const {
@@ -65,22 +71,13 @@ void MeshInstance::AddTo(RayScene& scene) const {
     scene.AddMesh(nodeID, points_, corners, rays, clear);
 }
 
-Point3 MeshInstance::PointAt(int f, float u, float v) const {
-    const Face& face = own_.faces[size_t(f)];
-    return Weighted(points_[size_t(face.v[0])], points_[size_t(face.v[1])], points_[size_t(face.v[2])], u, v);
-}
-
-Point3 MeshInstance::FaceNormalAt(int f) const {
+MeshInstance::Place MeshInstance::PlaceAt(int f, float u, float v) const {
     const Face& face = own_.faces[size_t(f)];
     const Point3 &a = points_[size_t(face.v[0])], &b = points_[size_t(face.v[1])], &c = points_[size_t(face.v[2])];
-    const Point3 n = Normalize(CrossProd(b - a, c - a));
-    return facesTurned ? -n : n;
-}
-
-Point3 MeshInstance::NormalAt(int f, float u, float v) const {
     const Point3* const n = &normals_[size_t(f) * 3];
-    const Point3 smooth = Normalize(Weighted(n[0], n[1], n[2], u, v));
-    return smooth == Point3() ? FaceNormalAt(f) : smooth;
+    Place at{Weighted(a, b, c, u, v), faceNormals_[size_t(f)], Normalize(Weighted(n[0], n[1], n[2], u, v))};
+    if (at.normal == Point3()) at.normal = at.faceNormal;
+    return at;
 }
 
 const MeshMap* MeshInstance::MappingOf(int channel, int f, const TVFace*& face) const {

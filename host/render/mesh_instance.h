@@ -22,12 +22,13 @@ public:
     /// Adds the mesh to the rays' scene under this instance's nodeID.
     void AddTo(RayScene& scene) const;
     bool HasFace(int f) const { return f >= 0 && f < own_.getNumFaces(); }
-    /// Camera-space point in face `f` at weights `u` and `v` of its second and third corner.
-    Point3 PointAt(int f, float u, float v) const;
-    /// Unit normal of the face, and the rendering normal at the weights, both in camera space and to the side that the
-    /// corners run round counter-clockwise in object space.
-    Point3 FaceNormalAt(int f) const;
-    Point3 NormalAt(int f, float u, float v) const;
+    /// A place on the mesh in camera space: the point, the face's unit normal, and the rendering normal. Normals stand
+    /// on the side that the corners run round counter-clockwise in object space.
+    struct Place {
+        Point3 p, faceNormal, normal;
+    };
+    /// In face `f` at weights `u` and `v` of its second and third corner.
+    Place PlaceAt(int f, float u, float v) const;
     /// Coordinates of a mapping channel at the weights; zero when the mesh does not have it.
     Point3 MappingAt(int channel, int f, float u, float v) const;
     /// Camera-space tangents along u and v of a mapping channel.
@@ -53,8 +54,8 @@ private:
     Mesh own_;
     Box3 box_;
     Matrix3 camToObj_, worldToObj_;
-    std::vector<Point3> points_;  ///< vertices in camera space
-    std::vector<Point3> normals_; ///< three a face, camera space
+    std::vector<Point3> points_;                ///< vertices in camera space
+    std::vector<Point3> faceNormals_, normals_; ///< one and three a face, camera space
 };
 
 /// True when a material may let light through somewhere.

@@ -87,7 +87,7 @@ Color RenderContext::Transparency(const RayHit& hit, const Point3& from, const P
     const MeshInstance& instance = Instance(hit.id);
     Color light;
     if (instance.mtl) {
-        SurfaceContext sc(*this, 0, 0);
+        SurfaceContext sc(*this);
         sc.mode = SCMODE_SHADOW;
         sc.SetSurface(instance, hit, Normalize(direction));
         light = instance.mtl->ShadowTransparency(sc);

@@ -10,11 +10,18 @@
 #include "core/render_evaluation.h"
 #include "materials/bitmap_map.h"
 #include "render/band_renderer.h"
+#include "render/picture_finish.h"
 #include "render/process_usage.h"
 
 namespace host {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
 
 /// Brings a material or map to the frame's time, and finds pictures below it that could not be read.
 void UpdateLook(MtlBase* base, TimeValue t, std::set<MtlBase*>& seen) {
@@ -151,6 +158,65 @@ void TellRenderParams(Core& core, const FrameSettings& settings, int threads) {
     params.maxThreads = threads;
 }
 
+/// One frame on its way.
+class FrameRender {
+public:
+    FrameRender(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
+                FrameStats& stats)
+        : core_(core), settings_(settings), progress_(progress), out_(out), stats_(stats),
+          camera_(FindCamera(core, settings.camera)), viewport_(core, camera_) {
+        UpdateLooks(core, settings.time);
+        finish_ = std::make_unique<PictureFinish>(core, settings);
+    }
+    /// False when the user wanted to stop.
+    bool Run() {
+        bool done = true;
+        for (const Pass& pass : PassesOf(settings_)) done = RunPass(pass) && done;
+        const auto start = Clock::now();
+        done = done && finish_->Run(out_, *render_, progress_);
+        stats_.effectSeconds = SecondsSince(start);
+        effects_.reset();
+        return done;
+    }
+
+private:
+    bool RunPass(const Pass& pass) {
+        settingsOf_.push_back(std::make_unique<FrameSettings>(settings_));
+        FrameSettings& now = *settingsOf_.back();
+        if (pass.field == 1) now.time += core_.GetTicksPerFrame() / 2;
+        render_.reset(); // a node has one number at a time
+        const CameraView view = MakeCameraView(camera_, now.time, now.width, now.height, now.pixelAspect);
+        render_ = std::make_unique<RenderContext>(core_, now, view);
+        if (pass.field <= 0) SetUpPicture(core_, settings_, *render_, out_);
+        TellView(view, std::max(pass.field, 0), out_);
+        TellField(core_, settings_, pass, *render_);
+        if (!effects_) effects_ = std::make_unique<RunningEffects>(core_, settings_.time);
+        effects_->Update(now.time, render_->Atmosphere());
+        if (!core_.CheckForRenderAbort()) render_->AddLights();
+        passes_.push_back(
+            std::make_unique<BandRenderer>(core_, *render_, now, stats_.threads, out_, progress_, pass.parity));
+        BandRenderer& bands = *passes_.back();
+        const bool done = bands.Run();
+        stats_.cameraSamples += bands.Samples();
+        stats_.atmosphereSegments += bands.Segments();
+        return done;
+    }
+
+    Core& core_;
+    const FrameSettings& settings_;
+    IProgressIndicator* progress_;
+    Picture& out_;
+    FrameStats& stats_;
+    INode* const camera_;
+    const RenderEvaluation evaluation_;
+    const ViewportCamera viewport_;
+    std::unique_ptr<PictureFinish> finish_;
+    std::unique_ptr<RenderContext> render_;
+    std::vector<std::unique_ptr<FrameSettings>> settingsOf_;
+    std::vector<std::unique_ptr<BandRenderer>> passes_; // effects may tell them their progress until they end
+    std::unique_ptr<RunningEffects> effects_;           // ends while the last context stands
+};
+
 } // namespace
 
 int ThreadCount(int requested) {
@@ -160,43 +226,13 @@ int ThreadCount(int requested) {
 
 FrameResult ScanRenderer::Render(Core& core, const FrameSettings& settings, IProgressIndicator* progress, Picture& out,
                                  FrameStats& stats) {
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = Clock::now();
     const double cpuStart = ProcessCpuSeconds();
     stats = FrameStats();
     stats.threads = ThreadCount(settings.threads);
     TellRenderParams(core, settings, stats.threads);
-    INode* const camera = FindCamera(core, settings.camera);
-    const RenderEvaluation evaluation;
-    const ViewportCamera viewport(core, camera);
-    UpdateLooks(core, settings.time);
-
-    bool done = true;
-    std::unique_ptr<RenderContext> render;
-    std::vector<std::unique_ptr<FrameSettings>> settingsOf;
-    std::vector<std::unique_ptr<BandRenderer>> passes; // effects may tell them their progress until they end
-    std::unique_ptr<RunningEffects> effects;           // ends while the last context stands
-    for (const Pass& pass : PassesOf(settings)) {
-        settingsOf.push_back(std::make_unique<FrameSettings>(settings));
-        FrameSettings& now = *settingsOf.back();
-        if (pass.field == 1) now.time += core.GetTicksPerFrame() / 2;
-        render.reset(); // a node has one number at a time
-        const CameraView view = MakeCameraView(camera, now.time, settings.width, settings.height, settings.pixelAspect);
-        render = std::make_unique<RenderContext>(core, now, view);
-        if (pass.field <= 0) SetUpPicture(core, settings, *render, out);
-        TellView(view, std::max(pass.field, 0), out);
-        TellField(core, settings, pass, *render);
-        if (!effects) effects = std::make_unique<RunningEffects>(core, settings.time);
-        effects->Update(now.time, render->Atmosphere());
-        if (!core.CheckForRenderAbort()) render->AddLights();
-        passes.push_back(
-            std::make_unique<BandRenderer>(core, *render, now, stats.threads, out, progress, pass.parity));
-        BandRenderer& bands = *passes.back();
-        done = bands.Run() && done;
-        stats.cameraSamples += bands.Samples();
-        stats.atmosphereSegments += bands.Segments();
-    }
-    effects.reset();
-    stats.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const bool done = FrameRender(core, settings, progress, out, stats).Run();
+    stats.wallSeconds = SecondsSince(start);
     stats.cpuSeconds = ProcessCpuSeconds() - cpuStart;
     stats.peakRssBytes = ProcessPeakRssBytes();
     return done ? FrameResult::kDone : FrameResult::kAborted;

@@ -14,19 +14,28 @@ constexpr float kFarthestFootprint = 100;
 
 } // namespace
 
-SurfaceContext::SurfaceContext(RenderContext& render, int x, int y)
-    : render_(render), pixel_(x, y), screen_(float(x) + 0.5f, float(y) + 0.5f) {
+SurfaceContext::SurfaceContext(RenderContext& render) : render_(render) {
     globContext = &render;
-    ambientLight = render.AmbientLight();
-    filterMaps = 1;
+    Begin({0, 0}, {0.5f, 0.5f});
+}
+
+void SurfaceContext::Begin(const IPoint2& pixel, const Point2& screen) {
+    pixel_ = pixel;
+    screen_ = screen;
+    mode = SCMODE_NORMAL;
+    doMaps = filterMaps = 1;
+    ambientLight = render_.AmbientLight();
+    rayLevel = xshadeID = 0;
+    atmosSkipLight = nullptr;
 }
 
 void SurfaceContext::SetSurface(const MeshInstance& instance, const RayHit& hit, const Point3& view) {
     instance_ = &instance;
     hit_ = hit;
-    p_ = instance.PointAt(hit.face, hit.u, hit.v);
-    faceNormal_ = instance.FaceNormalAt(hit.face);
-    normal_ = instance.NormalAt(hit.face, hit.u, hit.v);
+    const MeshInstance::Place at = instance.PlaceAt(hit.face, hit.u, hit.v);
+    p_ = at.p;
+    faceNormal_ = at.faceNormal;
+    normal_ = at.normal;
     backFace = DotProd(faceNormal_, view) > 0.0f;
     if (backFace) {
         faceNormal_ = -faceNormal_;

@@ -8,18 +8,19 @@ namespace host {
 
 class RenderContext;
 
-/// A point to shade in the pixel (x, y): on a mesh after SetSurface, at the background after SetBackground. Belongs to
-/// one thread; positions and directions are camera space.
-class SurfaceContext : public ShadeContext {
+/// A point to shade in a pixel: on a mesh after SetSurface, at the background after SetBackground. Belongs to one
+/// thread and serves one question after the other; positions and directions are camera space.
+class SurfaceContext final : public ShadeContext {
 public:
-    SurfaceContext(RenderContext& render, int x, int y);
+    /// In the upper left pixel.
+    explicit SurfaceContext(RenderContext& render);
+    /// A new question, at the place `screen` of a pixel; takes back what the last one changed of the settings.
+    void Begin(const IPoint2& pixel, const Point2& screen);
 
     /// A hit of the unit direction `view`. Normals turn to the viewer; backFace tells that they were turned.
     void SetSurface(const MeshInstance& instance, const RayHit& hit, const Point3& view);
     /// Nothing, seen along the unit direction `view`, at the far point `p`.
     void SetBackground(const Point3& p, const Point3& view);
-    /// The pixel's sub-position that is shaded, for screen coordinates; the centre unless set.
-    void SetScreen(float x, float y) { screen_ = {x, y}; }
     /// What is seen behind everything along the view: the environment map, else the background colour.
     Color Background();
 

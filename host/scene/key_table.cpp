@@ -1,5 +1,6 @@
 #include "scene/key_table.h"
 
+#include "scene/effect_keys.h"
 #include "scene/modifier_keys.h"
 
 namespace host {
@@ -23,6 +24,9 @@ constexpr SceneKey kFile[] = {
     {"keys", kTables, "", "", "values over time", 0, 0, "keys"},
     {"fur", kTables, "", "", "fur objects", 0, 0, "hair"},
     {"hair", kTables, "", "", "hair objects", 0, 0, "hair"},
+    {"effect", kTables, "", "", "render effects, which work on finished pictures, in their order", 0, 0, "effect"},
+    {"image_filter", kTables, "", "", "image filters, which work after the render effects, in their order", 0, 0,
+     "image_filter"},
 };
 
 constexpr SceneKey kScene[] = {
@@ -229,8 +233,8 @@ constexpr SceneKey kKeys[] = {
     {"rotation", kRows, "[]", "degrees", "[frame, x, y, z] for every key, as a node's rotation"},
     {"scale", kRows, "[]", "", "[frame, x, y, z] for every key"},
     {"object", kText, "", "",
-     "name of the object with the parameter: fur or hair, camera, light, material, map, NODE.object, NODE.MODIFIER, or "
-     "\"render\" for the hair renderer"},
+     "name of the object with the parameter: fur or hair, camera, light, material, map, effect, NODE.object, "
+     "NODE.MODIFIER, or \"render\" for the hair renderer"},
     {"parameter", kText, "", "", "the parameter's internal or script name"},
     {"values", kRows, "[]", "", "[frame, value] or [frame, red, green, blue] for every key"},
     {"interpolation", kChoice, "\"linear\"", "",
@@ -339,6 +343,10 @@ constexpr SceneSection kSections[] = {
      kHair},
     {"curve", "an entry of `curve` or `random`", "A curve.", kCurve},
     {"surface", "an entry of `surface`", "A distribution over the emitter's surface.", kSurface},
+    {"effect", "[[effect]]",
+     "A render effect. `velmar params SCENE --object NAME --list` shows the parameters of one that has a name.",
+     keys::kEffect},
+    {"image_filter", "[[image_filter]]", "An image filter.", keys::kImageFilter},
 };
 
 } // namespace

@@ -75,6 +75,7 @@ void LoadLights(LoadContext& context);       ///< [[light]]
 void LoadModifiers(LoadContext& context);    ///< node.modifiers
 void LoadHairObjects(LoadContext& context);  ///< [[fur]], [[hair]]
 void LoadHairRenderer(LoadContext& context); ///< [render.hair]
+void LoadEffects(LoadContext& context);      ///< [[effect]], [[image_filter]]
 void LoadKeys(LoadContext& context);         ///< [[keys]]
 
 /// Position, rotation and scale of a table, where it has any of them.

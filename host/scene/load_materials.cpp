@@ -4,6 +4,7 @@
 #include "materials/gradient_map.h"
 #include "materials/std_mtl.h"
 #include "scene/block_setter.h"
+#include "scene/class_choice.h"
 #include "scene/key_check.h"
 #include "scene/load_context.h"
 
@@ -139,26 +140,11 @@ void SetMaterialMaps(LoadContext& context, const SectionReader& reader, Mtl* mtl
 
 // Puts the shader of that class name into the material's slot and sets its own parameters.
 void SetShader(LoadContext& context, const SectionReader& reader, StdMtl* mtl) {
-    const std::string name = reader.Text("shader");
-    const int line = reader.LineOf("shader");
-    ClassDesc* found = nullptr;
-    std::vector<std::string> known;
-    for (ClassDesc* const desc : context.core.Classes().All()) {
-        if (desc->SuperClassID() != SHADER_CLASS_ID) continue;
-        known.emplace_back(desc->InternalName() ? desc->InternalName() : desc->ClassName());
-        if (SameParamName(known.back(), name) || SameParamName(desc->ClassName(), name)) found = desc;
-    }
-    if (!found) FailAt(reader.File(), line, "unknown shader " + Quoted(name) + ", expected " + JoinChoices(known));
-    auto* const shader = static_cast<Shader*>(context.core.CreateInstance(SHADER_CLASS_ID, found->ClassID()));
-    if (!shader) FailAt(reader.File(), line, "shader " + Quoted(name) + " cannot be made here, expected another one");
+    ClassDesc& desc = ClassNamed(context, reader, "shader", SHADER_CLASS_ID, "shader");
+    auto* const shader = static_cast<Shader*>(context.core.CreateInstance(SHADER_CLASS_ID, desc.ClassID()));
+    if (!shader) FailNotMade(reader, "shader", "shader");
     mtl->SwitchShader(shader);
-    const TomlValue* const params = reader.Raw("shader_set");
-    if (!params) return;
-    // Not a structured binding: clang 14, which fuzzes this, does not capture them.
-    for (const auto& entry : params->entries)
-        context.At(entry.second.line, [&] {
-            SetParam(FindParam(shader, name, entry.first), entry.second, 0, context.core.GetTicksPerFrame(), context);
-        });
+    SetParameters(context, shader, reader.Text("shader"), reader.Raw("shader_set"));
 }
 
 void LoadStandard(LoadContext& context, const SectionReader& reader, Mtl* mtl) {

@@ -85,6 +85,7 @@ LoadedScene Open(Core& core, const std::string& file, Read&& read) {
     LoadModifiers(context);
     LoadHairObjects(context);
     LoadHairRenderer(context);
+    LoadEffects(context);
     LoadKeys(context);
     opening.SetAfter(NOTIFY_FILE_POST_OPEN);
     return scene;

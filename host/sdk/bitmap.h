@@ -45,7 +45,8 @@ public:
     }
 };
 
-/// A picture: float colour with alpha, and optional channels.
+/// A picture: float colour with alpha, and optional channels. Colours are linear, premultiplied and without the
+/// background; what of it shines through a pixel may be kept beside.
 class Bitmap {
 public:
     virtual ~Bitmap() = default;
@@ -57,4 +58,8 @@ public:
     /// Raw data of one channel, row-major, and its storage type; null when absent.
     virtual void* GetChannel(uint32_t channel, ChannelType& type) = 0;
     virtual RenderInfo* GetRenderInfo() { return nullptr; }
+    /// What of the background shines through a pixel; the pixel looks like the sum of both. Black without one.
+    virtual Color GetBackground(int x, int y) const { return {}; }
+    /// Does nothing for pictures that keep no background.
+    virtual void PutBackground(int x, int y, const Color& c) {}
 };

@@ -107,6 +107,8 @@ public:
 
     /// Unit normal of face `f` from its corner order; the zero vector for a degenerate face.
     Point3 FaceNormal(int f) const;
+    /// True when there is a face `f` and its corners are vertices.
+    bool HasVertices(int f) const;
     /// Normalised sum of the unit normals of the faces around each vertex; a face counts once for every corner that
     /// uses the vertex. Built on first use; any thread may ask while nobody changes the mesh.
     const std::vector<Point3>& VertexNormals() const;
@@ -119,6 +121,8 @@ public:
     /// Rendering normal at corner `corner` of face `f`: the explicit one; else averaged over the faces around the
     /// vertex that share a smoothing group with `f`; the face normal when `f` has none.
     Point3 CornerNormal(int f, int corner) const;
+    /// Those of all corners, three a face; faster than one by one.
+    std::vector<Point3> CornerNormals() const;
     Box3 getBoundingBox() const;
     /// Nearest hit of the ray (direction need not be unit): distance along it in units of its direction's length, face,
     /// barycentric coordinates, and face normal. False when nothing is hit. Uses a bounding volume tree built on first
@@ -137,7 +141,8 @@ public:
 private:
     struct Corners;
     const Corners& GetCorners() const;
-    bool HasVertices(int f) const;
+    template <class NormalOf>
+    Point3 SmoothNormal(int f, int corner, const NormalOf& normalOf) const;
     bool SpecNormal(int f, int corner, Point3& normal) const;
     mutable MeshCacheSlot corners_, normals_, tree_;
 };

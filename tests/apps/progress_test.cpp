@@ -50,6 +50,7 @@ TEST(TerminalProgress, OneLineWrittenAgainAndAgain) {
         strands = 12000;
         progress.SetObjectProgress(100); // a quarter of the whole after 10 s
         progress.SetObjectProgress(200);
+        progress.Log("a line");
         progress.Saved("a.png");
         now += 30;
         progress.SetTask("frame 8", 2);
@@ -61,7 +62,7 @@ TEST(TerminalProgress, OneLineWrittenAgainAndAgain) {
     }
     EXPECT_EQ(out.Text(), "\rframe 7 (1/2)    0%  Rendering  0:00\033[K"
                           "\rframe 7 (1/2)   50%  Rendering  0:10  left 0:30  1.2k strands/s\033[K"
-                          "\r\033[KSaved: 'a.png' (0:10)\n"
+                          "\r\033[Ka line\nSaved: 'a.png' (0:10)\n"
                           "\rframe 8 (2/2)   25%  Camera View 5 %  1:20  left 0:48  75.0k strands/s\033[K"
                           "\r\033[K");
 }

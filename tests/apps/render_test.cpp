@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "run_program.h"
 
@@ -13,9 +14,20 @@ TEST_F(Render, WritesThePictureAndNothingElse) {
     const RunResult r = Run({"render", "good.toml", "-o", "a.png"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "");
-    EXPECT_EQ(r.err, ""); // no terminal, no progress
+    // No terminal, no progress: the frame's line alone.
+    EXPECT_TRUE(std::regex_match(r.err, std::regex("velmar: frame 0 at 0\\.000 s: 32 x 24, [1-9][0-9]+ samples, "
+                                                   "[1-9][0-9]+ strands, [0-9]+\\.[0-9]{2} s\n")))
+        << r.err;
     EXPECT_EQ(Names(), (std::vector<std::string>{"a.png", "good.toml", "quad.obj"}));
     EXPECT_EQ(FileText(folder_ + "/a.png").substr(1, 3), "PNG");
+}
+
+TEST_F(Render, EveryFrameHasALineInTheLog) {
+    const RunResult r = Run({"render", "good.toml", "-o", "a#.png", "--frames", "-3,15"});
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 2) << r.err;
+    EXPECT_EQ(r.err.find("velmar: frame -3 at -0.100 s: "), 0u) << r.err;
+    EXPECT_NE(r.err.find("\nvelmar: frame 15 at 0.500 s: "), std::string::npos) << r.err;
+    EXPECT_EQ(Run({"render", "good.toml", "-o", "a.png", "--quiet"}).err, "");
 }
 
 TEST_F(Render, FramesGetTheirNames) {
@@ -50,7 +62,8 @@ TEST_F(Render, StatisticsAreOneFlatObject) {
         Run({"render", "good.toml", "-o", "a.png", "--size", "40x30", "--threads", "1", "--stats", "s.json"}).status,
         0);
     const auto stats = nlohmann::json::parse(FileText(folder_ + "/s.json"));
-    for (const char* const key : {"strands", "wall_s", "hair_s", "shadow_s", "peak_rss_bytes", "fragments"})
+    for (const char* const key :
+         {"strands", "wall_s", "hair_s", "shadow_s", "peak_rss_bytes", "fragments", "effects_s"})
         EXPECT_TRUE(stats.contains(key)) << key;
     for (const auto& [key, value] : stats.items()) EXPECT_TRUE(value.is_primitive()) << key;
     EXPECT_GT(stats["strands"], 100);
@@ -99,7 +112,7 @@ TEST_F(Render, FarmProgressRisesToHundred) {
         last = percent;
     }
     EXPECT_EQ(last, 100);
-    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 2) << r.err;
 }
 
 TEST_F(Render, AnInterruptionEndsWithinASecond) {

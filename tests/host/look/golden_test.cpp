@@ -71,6 +71,9 @@ TEST_F(HostLookDiffers, WhenAValueChanges) {
     EXPECT_FALSE(Look("map_noise_fractal", "map_noise_fractal", {"noise.phase=0.02"}).Close());
     EXPECT_FALSE(Look("light_far_attenuation", "light_far_attenuation", {"key.farEnd=4.1"}).Close());
     EXPECT_FALSE(Look("camera_roll", "camera_roll", {"cam.roll=0.36"}).Close());
+    EXPECT_FALSE(Look("effect_blur", "effect_blur", {"soft.radius=2.7"}).Close());
+    EXPECT_FALSE(Look("effect_depth_fog", "effect_depth_fog", {"mist.far=15"}).Close());
+    EXPECT_FALSE(Look("effect_order", "effect_order_reversed").Close());
 }
 
 // Two ways to the same picture.
