@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 SCENE ?= examples/horse.toml
 
-.PHONY: all build demo test bench asan tsan fuzz docs check windows-check clean deps
+.PHONY: all build demo test bench asan tsan fuzz docs check compare-blender windows-check clean deps
 
 all: build
 
@@ -23,6 +23,10 @@ test: build check
 
 check:
 	@python3 tools/check_includes.py
+
+# Compares pictures with those of Blender's Cycles; says so and goes on where Blender is not installed.
+compare-blender: build
+	@python3 tests/blender/compare.py || [ $$? -eq 77 ]
 
 # Compiles the diagnostics' Windows part, which no other target does.
 windows-check:

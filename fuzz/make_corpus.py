@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the seed files of the fuzz targets into fuzz/corpus: small files that use as much of every form as possible.
 
-The .fbx and .3ds seeds are made from the .gltf ones by the `assimp` program of assimp-utils, where it is installed.
+bones.fbx and the .3ds seed are made from the .gltf ones by the `assimp` program of assimp-utils, where it is installed.
 """
 
 import base64
@@ -13,6 +13,8 @@ import struct
 import subprocess
 import tempfile
 import zlib
+
+import fbx_seed
 
 CORPUS = pathlib.Path(__file__).parent / "corpus"
 FLOAT, USHORT, UBYTE = 5126, 5123, 5121
@@ -140,6 +142,13 @@ def skinned():
     return g
 
 
+def without_pictures(g):
+    for key in ("textures", "samplers", "images"):
+        del g.json[key]
+    del g.json["materials"][0]["pbrMetallicRoughness"]["baseColorTexture"]
+    return g
+
+
 def bones():
     """The skin alone, in a form that the `assimp` program hands on whole."""
     g = skinned()
@@ -250,28 +259,40 @@ end_header
 0 1
 """
 
-SCENE = b"""[scene]
+# Small files, each with one kind of thing: what is changed in them matters more often.
+SCENES = {
+    "smallest": b"""[scene]
+import = ["quad.obj"]
+""",
+    "imports": b"""[scene]
 import = ["quad.obj", { file = "quad.ply", scale = 2.0, up = "y", name = "other" }, "skinned.glb"]
 fps = 24
 range = [0, 10]
 unit = 0.01
-[render]
+""",
+    "views": b"""[render]
 width = 8
-height = 8
 camera = "cam"
+channels = ["uv"]
 [[camera]]
 name = "cam"
 position = [2.0, -3.0, 1.5]
-target = [0.0, 0.0, 0.5]
+target = [0, 0, 0.5]
+near = 0.1
 [[light]]
 name = "key"
 type = "spot"
-exclude = ["quad"]
-[[map]]
-name = "squares"
+position = [0, 0, 3]
+hotspot = 20
+target = [0, 0, 0]
+far_attenuation = [1, 2]
+""",
+    "materials": b"""[[map]]
+name = "m"
 type = "checker"
 tile = [2, 2]
 map1 = "ramp"
+output = { invert = true }
 [[map]]
 name = "ramp"
 type = "gradient"
@@ -284,36 +305,83 @@ color1 = [1, 0.5, 0]
 name = "red"
 diffuse = [1, 0, 0]
 opacity_cutoff = 0.5
-maps = { diffuse = "squares", opacity = "ramp" }
+maps = { diffuse = "m", opacity = "ramp" }
+map_amounts = { diffuse = 0.5 }
 [[material]]
 name = "both"
 type = "multi"
 materials = ["red", ""]
 [[node]]
-name = "quad"
+name = "a"
+primitive = "plane"
+segments = 1
 material = "both"
+""",
+    "gradient": b"""[[map]]
+name = "g"
+type = "gradient"
+keys = [[0, 0, 0, 0], [1, 1, 1, 1]]
+[scene]
+environment = "g"
+""",
+    "sets": b"""[scene]
+import = ["quad.obj"]
+[[node]]
+name = "quad"
 properties = { a = "b", c = 1 }
-face_sets = { one = { ids = [0] } }
-modifiers = [{ type = "xform", position = [0, 0, 1] }, { type = "mesh_select", level = "face", select = { all = true } }]
-[[shape]]
+face_sets = { one = { ids = [0], ranges = [[0, 1]] } }
+modifiers = [{ type = "mesh_select", level = "face", soft = true, select = { sets = ["one"] } }, { type = "bend", angle = 9 }]
+""",
+    "modifiers": b"""[[node]]
+name = "b"
+primitive = "box"
+segments = 1
+modifiers = [{ type = "skin", bones = ["c"], weights = [[0, 0, 1]] }, { type = "morph", targets = [{ moves = [[0, 0, 0, 1]], keys = [[0, 1]] }] }]
+[[node]]
+name = "c"
+primitive = "empty"
+parent = ""
+[[node.modifiers]]
+type = "xform"
+position = [0, 0, 1]
+""",
+    "cache": b"""[scene]
+import = ["quad.obj"]
+[[node]]
+name = "quad"
+modifiers = [{ type = "mesh_cache", frames = ["quad.obj", "quad.obj"] }]
+""",
+    "shapes": b"""[[shape]]
 name = "line"
 splines = [{ points = [[0, 0, 0], [1, 0, 0]], keys = [[0, 1, 0, 0, 0]] }]
+[[shape]]
+name = "obj"
+file = "quad.obj"
+""",
+    "keys": b"""[[node]]
+name = "n"
+primitive = "sphere"
+segments = 4
 [[keys]]
-node = "quad"
+node = "n"
 position = [[0, 0, 0, 0], [10, 1, 0, 0]]
 interpolation = "constant"
+[[light]]
+name = "key"
 [[keys]]
 object = "key"
 parameter = "multiplier"
 values = [[0, 1], [5, 2.5e-1]]
-[[effect]]
+""",
+    "effects": b"""[[effect]]
 class = "depth_fog"
 name = "mist"
 set = { color = [0.5, 0.5, 0.6], far = 10, onlyId = 3 }
 [[image_filter]]
 class = "negative"
 config = [50]
-"""
+""",
+}
 
 
 def put(folder, name, data):
@@ -338,14 +406,18 @@ def main():
     for name, g in (("skinned", skinned()), ("views", views())):
         put("gltf", name + ".gltf", g.text())
         put("gltf", name + ".glb", g.binary())
+    put("gltf", "plain.glb", without_pictures(skinned()).binary())
     export("bones", bones().binary(), "fbx", "fbx", "-ffbxa")
     export("skinned", skinned().binary(), "3ds", "3ds")
+    for name, nodes in (("skin", fbx_seed.skin()), ("paint", fbx_seed.paint())):
+        put("fbx", name + ".fbx", fbx_seed.text(nodes))
+        put("fbx", name + "_binary.fbx", fbx_seed.binary(nodes))
     put("obj", "all.obj", OBJ)
     put("ply", "ascii.ply", PLY)
     put("ply", "little.ply", ply_binary("<"))
     put("ply", "big.ply", ply_binary(">"))
-    put("scene", "all.toml", SCENE)
-    put("scene", "smallest.toml", b'[scene]\nimport = ["quad.obj"]\n')
+    for name, text in SCENES.items():
+        put("scene", name + ".toml", text)
 
 
 if __name__ == "__main__":

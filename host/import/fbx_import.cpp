@@ -150,7 +150,7 @@ void ReadFbxMaterials(FbxFile& fbx) {
 }
 
 ImportedScene ImportFbx(const std::string& file, const std::string& content, const std::string& animation) {
-    CheckFbxTree(file, content);
+    CheckFbx(file, content);
     Assimp::Importer importer;
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
     const aiScene* from = nullptr;
@@ -161,9 +161,12 @@ ImportedScene ImportFbx(const std::string& file, const std::string& content, con
     } catch (const std::exception& e) {
         error = e.what();
     }
+    // The scene is the importer's own and not constant.
+    const std::string twin = from ? DropTwinBones(const_cast<aiScene&>(*from)) : std::string();
     if (!from || !from->mRootNode)
         FailAt(file, 0, "cannot be read as FBX" + (error.empty() ? "" : " (" + FirstLine(error) + ")"));
     FbxFile fbx{file, *from, {}, {}, {}};
+    if (!twin.empty()) fbx.scene.Note("several bones are called " + Quoted(twin) + ", only the first one counts");
     ReadSettings(fbx);
     ReadFbxMaterials(fbx);
     ReadFbxNodes(fbx);

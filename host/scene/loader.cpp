@@ -72,11 +72,14 @@ TimeValue LoadContext::Ticks(double frame) const {
     return TimeValue(std::lround(ticks));
 }
 
-LoadedScene LoadScene(Core& core, const std::string& file) {
+namespace {
+
+template <class Read>
+LoadedScene Open(Core& core, const std::string& file, Read&& read) {
     NotifyScope opening(core, NOTIFY_FILE_PRE_OPEN, NOTIFY_FILE_OPEN_FAILED, const_cast<char*>(file.c_str()));
     LoadedScene scene;
     scene.file = file;
-    const TomlValue root = ParseToml(file, ReadWholeFile(file, size_t(64) << 20));
+    const TomlValue root = ParseToml(file, read());
     const SectionReader whole(scene.file, *FindSceneSection("file"), root);
     LoadContext context(core, scene, root);
     LoadSettings(context);
@@ -94,6 +97,16 @@ LoadedScene LoadScene(Core& core, const std::string& file) {
     LoadKeys(context);
     opening.SetAfter(NOTIFY_FILE_POST_OPEN);
     return scene;
+}
+
+} // namespace
+
+LoadedScene LoadScene(Core& core, const std::string& file) {
+    return Open(core, file, [&] { return ReadWholeFile(file, size_t(64) << 20); });
+}
+
+LoadedScene LoadSceneText(Core& core, const std::string& file, std::string_view text) {
+    return Open(core, file, [text] { return text; });
 }
 
 ReferenceTarget* FindObject(const LoadedScene& scene, const std::string& name) {

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -54,6 +55,8 @@ struct LoadedScene {
 /// RegisterRenderClasses and of the plug-in. Throws Error with one line about the first mistake; the core's scene is
 /// then incomplete.
 LoadedScene LoadScene(Core& core, const std::string& file);
+/// The same with the text that would stand in the file; what it names is looked for beside `file`.
+LoadedScene LoadSceneText(Core& core, const std::string& file, std::string_view text);
 
 /// Sets a parameter by "OBJECT.PARAM=VALUE" after loading. Throws Error, naming the text.
 void SetByText(Core& core, LoadedScene& scene, const std::string& assignment);

@@ -1,6 +1,7 @@
 #include "scene/section_reader.h"
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 
 #include "core/nearest_name.h"
@@ -79,6 +80,18 @@ std::string ExpectedText(const SceneKey& key) {
     return {};
 }
 
+namespace {
+
+// Defaults are texts too; each is read once.
+const TomlValue& DefaultOf(const SceneKey& key) {
+    static thread_local std::map<std::string, TomlValue> known;
+    const auto [at, added] = known.try_emplace(key.defaultText);
+    if (added) at->second = ParseTomlValue(at->first);
+    return at->second;
+}
+
+} // namespace
+
 SectionReader::SectionReader(const std::string& file, const SceneSection& section, const TomlValue& table)
     : file_(file), section_(section), table_(table) {
     for (const auto& [name, value] : table.entries) {
@@ -105,11 +118,11 @@ const TomlValue* SectionReader::Raw(const char* key) const {
     return table_.Find(key);
 }
 
-TomlValue SectionReader::Value(const char* key) const {
+const TomlValue& SectionReader::Value(const char* key) const {
     if (const TomlValue* const raw = Raw(key)) return *raw;
     const SceneKey& known = Key(key);
     if (!*known.defaultText) throw std::logic_error(std::string("key '") + key + "' has no default");
-    return ParseTomlValue(known.defaultText);
+    return DefaultOf(known);
 }
 
 bool SectionReader::Flag(const char* key) const {
@@ -134,12 +147,12 @@ int SectionReader::Choice(const char* key) const {
 }
 
 std::array<float, 2> SectionReader::Pair(const char* key) const {
-    const TomlValue value = Value(key);
+    const TomlValue& value = Value(key);
     return {float(value.items[0].number), float(value.items[1].number)};
 }
 
 Point3 SectionReader::Point(const char* key) const {
-    const TomlValue value = Value(key);
+    const TomlValue& value = Value(key);
     return {float(value.items[0].number), float(value.items[1].number), float(value.items[2].number)};
 }
 

@@ -48,7 +48,7 @@ public:
 
 private:
     const SceneKey& Key(const char* key) const;
-    TomlValue Value(const char* key) const;
+    const TomlValue& Value(const char* key) const;
 
     const std::string& file_;
     const SceneSection& section_;

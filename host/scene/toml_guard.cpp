@@ -47,8 +47,18 @@ private:
 
     bool Here(std::string_view what) const { return text_.substr(at_, what.size()) == what; }
 
+    // The parser takes a quote for the beginning of a string only where a key or value begins.
+    bool StringMayBegin() const {
+        size_t before = at_;
+        while (before > 0 && (text_[before - 1] == ' ' || text_[before - 1] == '\t' || text_[before - 1] == '\r'))
+            --before;
+        return before == 0 || std::string_view("\n=,[{.").find(text_[before - 1]) != std::string_view::npos;
+    }
+
     // At the opening quote; ends behind the closing one, or at the line's end when a one-line string is not closed.
     void SkipString(char quote) {
+        if (!StringMayBegin())
+            FailAt(file_, line_, "quote inside of a value, expected texts to begin and end with one");
         const std::string triple(3, quote);
         const bool block = Here(triple);
         at_ += block ? 3 : 1;

@@ -46,6 +46,15 @@ TEST(Toml, CharactersOutsideAsciiStandInTextsAndCommentsOnly) {
     EXPECT_EQ(Problem("a = 'x' \xa0\n"), std::string("f.toml:1: ") + line);
 }
 
+TEST(Toml, TextsBeginWhereKeysAndValuesDo) {
+    const char* const line = "quote inside of a value, expected texts to begin and end with one";
+    EXPECT_EQ(Problem("a = 1\nb = +\"\xc3\xa4\"\n"), std::string("f.toml:2: ") + line);
+    EXPECT_EQ(Problem("a = 'x' 'y'\n"), std::string("f.toml:1: ") + line);
+    const TomlValue v = ParseToml("f.toml", "\"k\".'l' = [ 'x',\"y\"\n, \n\t'z' ]\r\n[\"t\"]\na={'b'=\t\"c\"}\n");
+    EXPECT_EQ(v.Find("k")->Find("l")->items.size(), 3u);
+    EXPECT_EQ(v.Find("t")->Find("a")->Find("b")->text, "c");
+}
+
 TEST(Toml, SyntaxErrorsNameTheLine) {
     EXPECT_EQ(Problem("a = 1\nb = \n").substr(0, 9), "f.toml:2:");
     EXPECT_EQ(Problem("a = 1\na = 2\n").substr(0, 9), "f.toml:2:");
