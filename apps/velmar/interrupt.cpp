@@ -1,10 +1,14 @@
 #include "interrupt.h"
 
+#include <errno.h>
 #include <signal.h>
-#include <sys/time.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <mutex>
+#include <system_error>
+#include <thread>
 
 #include "core/core.h"
 #include "failure.h"
@@ -13,45 +17,68 @@ namespace velmar {
 
 namespace {
 
-std::atomic<host::Core*> gCore{nullptr};
+std::mutex gCoreLock;
+host::Core* gCore = nullptr; // guarded by gCoreLock
 std::atomic<Phase> gPhase{Phase::kLoading};
 std::atomic<bool> gInterrupted{false};
 
-static_assert(std::atomic<Phase>::is_always_lock_free && std::atomic<host::Core*>::is_always_lock_free);
-
 // The rest of the second that a render has to stop.
-constexpr itimerval kPatience = {{0, 0}, {0, 900'000}};
+constexpr timespec kPatience = {0, 900'000'000};
 
-void OnInterrupt(int) {
-    gInterrupted.store(true);
-    const Phase phase = gPhase.load();
-    if (phase == Phase::kLoading) _exit(kInterrupted);
-    if (host::Core* const core = gCore.load()) core->RequestRenderAbort();
-    if (phase == Phase::kRendering) setitimer(ITIMER_REAL, &kPatience, nullptr);
+sigset_t Signals() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    return set;
 }
 
-void OnPatienceEnd(int) {
-    if (gPhase.load() != Phase::kWriting) _exit(kInterrupted);
+void StopRender() {
+    const std::lock_guard lock(gCoreLock);
+    if (gCore) gCore->RequestRenderAbort();
 }
 
-void Install(int signal, void (*handler)(int)) {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
-    sigemptyset(&action.sa_mask);
-    sigaction(signal, &action, nullptr);
+void SetCore(host::Core* core) {
+    const std::lock_guard lock(gCoreLock);
+    gCore = core;
+}
+
+// Waits for signals, which no other thread takes: a thread that draws strands may be long in doing nothing else.
+void Watch() {
+    const sigset_t set = Signals();
+    for (bool isPatient = false;;) {
+        const int signal = sigtimedwait(&set, nullptr, isPatient ? &kPatience : nullptr);
+        const Phase phase = gPhase.load();
+        if (signal > 0) {
+            gInterrupted.store(true);
+            if (phase == Phase::kLoading) _exit(kInterrupted);
+            StopRender();
+            isPatient = phase == Phase::kRendering;
+        } else if (errno == EAGAIN) {
+            if (phase != Phase::kWriting) _exit(kInterrupted);
+            isPatient = false;
+        }
+    }
 }
 
 } // namespace
 
 void CatchInterrupts() {
-    Install(SIGINT, OnInterrupt);
-    Install(SIGTERM, OnInterrupt);
-    Install(SIGALRM, OnPatienceEnd);
+    const sigset_t set = Signals();
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    try {
+        std::thread(Watch).detach();
+    } catch (const std::system_error&) {
+        pthread_sigmask(SIG_UNBLOCK, &set, nullptr); // signals then end the process as they do any other
+    }
 }
 
-void WatchCore(host::Core* core) {
-    gCore.store(core);
+CoreWatch::CoreWatch(host::Core* core) {
+    SetCore(core);
+}
+
+CoreWatch::~CoreWatch() {
+    SetCore(nullptr);
 }
 
 void SetPhase(Phase phase) {

@@ -14,10 +14,16 @@ enum class Phase {
     kWriting,   ///< the file is finished first
 };
 
-/// Lets Ctrl-C (and the termination signal) end the process with status 130.
+/// Lets Ctrl-C (and the termination signal) end the process with status 130. To be called before any thread is started.
 void CatchInterrupts();
-/// The core whose render an interruption stops.
-void WatchCore(host::Core* core);
+/// While it lives, an interruption stops the core's render. One at a time.
+class CoreWatch {
+public:
+    explicit CoreWatch(host::Core* core);
+    ~CoreWatch();
+    CoreWatch(const CoreWatch&) = delete;
+    CoreWatch& operator=(const CoreWatch&) = delete;
+};
 void SetPhase(Phase phase);
 /// True when the user asked to stop.
 bool Interrupted();

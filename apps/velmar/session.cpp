@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "failure.h"
-#include "interrupt.h"
 #include "render/frame.h"
 
 namespace velmar {
@@ -20,7 +19,6 @@ std::string PluginBesideProgram() {
 Session::Session(const SceneOptions& options) {
     core.MakeCurrent();
     core.SetQuietMode(true);
-    WatchCore(&core);
     host::RegisterRenderClasses(core);
     LoadPlugin(options.plugin);
     scene = host::LoadScene(core, options.scene);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/core.h"
+#include "interrupt.h"
 #include "scene/loader.h"
 
 namespace velmar {
@@ -34,6 +35,8 @@ public:
 
 private:
     void LoadPlugin(const std::string& plugin);
+
+    CoreWatch watch_{&core};
 };
 
 } // namespace velmar
