@@ -3,6 +3,7 @@
 #include <assimp/Importer.hpp>
 #include <assimp/scene.h>
 
+#include "import/assimp_read.h"
 #include "import/chunks_3ds.h"
 #include "import/mesh_build.h"
 #include "import/mesh_import.h"
@@ -137,10 +138,10 @@ void CheckMainChunk(const std::string& file, const std::string& content) {
 std::vector<ImportedMesh> Import3ds(const std::string& file, const std::string& content) {
     CheckMainChunk(file, content);
     Assimp::Importer importer;
-    const aiScene* const scene = importer.ReadFileFromMemory(content.data(), content.size(), 0, "3ds");
+    std::string reason;
+    const aiScene* const scene = ReadByAssimp(importer, content, "3ds", reason);
     if (!scene || !scene->mRootNode) {
         // Assimp has no scene for a file without meshes either.
-        const std::string reason = importer.GetErrorString();
         FailAt(file, 0, "has no faces, expected at least one" + (reason.empty() ? "" : " (" + reason + ")"));
     }
     std::vector<ImportedMesh> out;

@@ -1,25 +1,9 @@
 #include "import/fbx_guard.h"
 
-#include <assimp/scene.h>
-
 #include <algorithm>
 #include <map>
-#include <set>
-#include <stdexcept>
 
 #include "import/file_error.h"
-
-namespace Assimp {
-
-void aiAssertViolation(const char* expression, const char* file, int line);
-
-// Debian's Assimp is built with its own checks, which abort the program. This takes the place of the library's
-// function: a failed check becomes an error of the import, for all forms of file.
-void aiAssertViolation(const char* expression, const char*, int) {
-    throw std::runtime_error(std::string("failed check: ") + expression);
-}
-
-} // namespace Assimp
 
 namespace host {
 
@@ -70,25 +54,6 @@ void FailFbxLayer(const std::string& file) {
 void CheckFbx(const std::string& file, std::string_view content) {
     const bool binary = content.starts_with("Kaydara FBX Binary");
     CheckTree(file, binary ? CheckFbxBinary(file, content) : CheckFbxText(file, content));
-}
-
-std::string DropTwinBones(aiScene& scene) {
-    std::set<const aiBone*> seen;
-    std::string twin;
-    for (unsigned m = 0; m < scene.mNumMeshes; ++m) {
-        aiMesh& mesh = *scene.mMeshes[m];
-        unsigned kept = 0;
-        for (unsigned b = 0; b < mesh.mNumBones; ++b) {
-            aiBone* const bone = mesh.mBones[b];
-            if (seen.insert(bone).second) {
-                mesh.mBones[kept++] = bone;
-            } else {
-                twin = bone->mName.C_Str();
-            }
-        }
-        mesh.mNumBones = kept;
-    }
-    return twin;
 }
 
 } // namespace host

@@ -1,5 +1,5 @@
 #pragma once
-// What is checked of .fbx files before Assimp reads them, and mended afterwards.
+// What is checked of .fbx files before Assimp reads them, and mended while it does.
 
 #include <cstdint>
 #include <string>
@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
-struct aiScene;
+namespace Assimp {
+class Importer;
+}
 
 namespace host {
 
@@ -18,8 +20,10 @@ namespace host {
 void CheckFbx(const std::string& file, std::string_view content);
 
 /// Where several bones of a mesh have the same name, Assimp puts the first one in place of all, and deletes it as
-/// often. This leaves each of them once; returns the name of one that was there more than once, or an empty text.
-std::string DropTwinBones(aiScene& scene);
+/// often. This makes the importer leave each of them once in the scenes of .fbx files, also in those that it deletes
+/// itself because the file is refused further on. `twin`, which must outlive the importer, becomes the name of one that
+/// was there more than once, or empty.
+void MendTwinBones(Assimp::Importer& importer, std::string& twin);
 
 /// What hangs below what, by the numbers of objects: (child, parent).
 using FbxLinks = std::vector<std::pair<uint64_t, uint64_t>>;

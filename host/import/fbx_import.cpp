@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "import/assimp_read.h"
 #include "import/fbx_guard.h"
 #include "import/fbx_parts.h"
 #include "import/file_error.h"
@@ -151,18 +152,11 @@ void ReadFbxMaterials(FbxFile& fbx) {
 
 ImportedScene ImportFbx(const std::string& file, const std::string& content, const std::string& animation) {
     CheckFbx(file, content);
+    std::string twin, error;
     Assimp::Importer importer;
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-    const aiScene* from = nullptr;
-    std::string error;
-    try {
-        from = importer.ReadFileFromMemory(content.data(), content.size(), 0, "fbx");
-        error = importer.GetErrorString();
-    } catch (const std::exception& e) {
-        error = e.what();
-    }
-    // The scene is the importer's own and not constant.
-    const std::string twin = from ? DropTwinBones(const_cast<aiScene&>(*from)) : std::string();
+    MendTwinBones(importer, twin);
+    const aiScene* const from = ReadByAssimp(importer, content, "fbx", error);
     if (!from || !from->mRootNode)
         FailAt(file, 0, "cannot be read as FBX" + (error.empty() ? "" : " (" + FirstLine(error) + ")"));
     FbxFile fbx{file, *from, {}, {}, {}};

@@ -153,4 +153,16 @@ TEST(FbxGuard, BonesOfOneName) {
     EXPECT_EQ(scene.skins[0].joints.size(), 1u);
 }
 
+// Where Assimp gives up after it has put a bone in twice, it must not delete it twice either.
+TEST(FbxGuard, BonesOfOneNameInRefusedFiles) {
+    const auto errorOf = [](const std::string& name) {
+        const std::string content = ReadWholeFile(VELMAR_SOURCE_DIR "/fuzz/corpus/fbx/" + name);
+        return ErrorOf([&] { ImportFbx("m.fbx", content); });
+    };
+    EXPECT_EQ(errorOf("bone_twice_and_no_unit.fbx"),
+              "m.fbx: cannot be read as FBX (FBX: The UnitScaleFactor must be non-zero)");
+    EXPECT_EQ(errorOf("bone_twice_and_no_vertex.fbx"),
+              "m.fbx: cannot be read as FBX (failed check: out_idx != nullptr)");
+}
+
 } // namespace
