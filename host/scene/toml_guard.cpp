@@ -73,9 +73,27 @@ private:
                 if (!block) return;
                 ++line_;
             }
-            if (quote == '"' && text_[at_] == '\\' && at_ + 1 < text_.size() && text_[at_ + 1] != '\n') ++at_;
+            if (quote == '"' && text_[at_] == '\\' && at_ + 1 < text_.size()) {
+                if (block && IsSpace(text_[at_ + 1])) {
+                    SkipLineEnd();
+                    continue;
+                }
+                if (text_[at_ + 1] != '\n') ++at_;
+            }
             ++at_;
         }
+    }
+
+    static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+    // At a backslash that ends a line of a text of several; ends at what follows it. There the parser looks for spaces
+    // outside ASCII, and not every character is safe to be looked at.
+    void SkipLineEnd() {
+        for (++at_; at_ < text_.size() && IsSpace(text_[at_]); ++at_)
+            if (text_[at_] == '\n') ++line_;
+        if (at_ < text_.size() && uint8_t(text_[at_]) >= 0x80)
+            FailAt(file_, line_,
+                   "character outside ASCII behind a backslash at a line's end, expected another one first");
     }
 
     const std::string& file_;

@@ -55,6 +55,13 @@ TEST(Toml, TextsBeginWhereKeysAndValuesDo) {
     EXPECT_EQ(v.Find("t")->Find("a")->Find("b")->text, "c");
 }
 
+TEST(Toml, WhatFollowsALineEndInATextIsAscii) {
+    const char* const line = "character outside ASCII behind a backslash at a line's end, expected another one first";
+    EXPECT_EQ(Problem("a = 1\nb = \"\"\"x\\\n \n\xef\xbb\xbf\"\"\"\n"), std::string("f.toml:4: ") + line);
+    const TomlValue v = ParseToml("f.toml", "b = \"\"\"x\\ \n y\xc3\xa4\\\\\xc3\xa4\"\"\"\n");
+    EXPECT_EQ(v.Find("b")->text, "xy\xc3\xa4\\\xc3\xa4");
+}
+
 TEST(Toml, SyntaxErrorsNameTheLine) {
     EXPECT_EQ(Problem("a = 1\nb = \n").substr(0, 9), "f.toml:2:");
     EXPECT_EQ(Problem("a = 1\na = 2\n").substr(0, 9), "f.toml:2:");
