@@ -6,7 +6,7 @@
 
 #include <immintrin.h>
 
-#include "Base/HUtil/Simd.h"
+#include "Base/HUtil/SimdWide.h"
 
 struct Float16 {
     static constexpr int kCount = 16, kQuads = 4;
@@ -53,23 +53,8 @@ struct Float16 {
     return __builtin_cpu_supports("avx512f");
 }
 
-[[gnu::always_inline]] inline Float16 operator+(Float16 a, Float16 b) {
-    return a.v + b.v;
-}
-[[gnu::always_inline]] inline Float16 operator-(Float16 a, Float16 b) {
-    return a.v - b.v;
-}
-[[gnu::always_inline]] inline Float16 operator*(Float16 a, Float16 b) {
-    return a.v * b.v;
-}
-[[gnu::always_inline]] inline Float16 operator/(Float16 a, Float16 b) {
-    return a.v / b.v;
-}
 [[gnu::always_inline]] inline Float16 FloatBits(Float16::Ints a) {
     return Float16::Native(a);
-}
-[[gnu::always_inline]] inline Float16::Ints IntBits(Float16 a) {
-    return Float16::Ints(a.v);
 }
 [[gnu::always_inline]] inline Float16::Ints AtLeastZero(Float16::Ints a) {
     return a & ~(a >> 31);
@@ -89,9 +74,6 @@ struct Float16 {
 }
 [[gnu::always_inline]] inline Float16 MinOr(Float16 a, Float16 b) {
     return Float16::Native(_mm512_min_ps(__m512(a.v), __m512(b.v)));
-}
-[[gnu::always_inline]] inline Float16 Abs(Float16 a) {
-    return MaxOr(a, Float16(0.0f) - a);
 }
 [[gnu::always_inline]] inline Float16 Floor(Float16 a) {
     return Float16::Native(_mm512_roundscale_ps(__m512(a.v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));

@@ -6,7 +6,7 @@
 
 #include <immintrin.h>
 
-#include "Base/HUtil/Simd.h"
+#include "Base/HUtil/SimdWide.h"
 
 struct Float8 {
     static constexpr int kCount = 8, kQuads = 2;
@@ -46,23 +46,8 @@ struct Float8 {
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
 }
 
-[[gnu::always_inline]] inline Float8 operator+(Float8 a, Float8 b) {
-    return a.v + b.v;
-}
-[[gnu::always_inline]] inline Float8 operator-(Float8 a, Float8 b) {
-    return a.v - b.v;
-}
-[[gnu::always_inline]] inline Float8 operator*(Float8 a, Float8 b) {
-    return a.v * b.v;
-}
-[[gnu::always_inline]] inline Float8 operator/(Float8 a, Float8 b) {
-    return a.v / b.v;
-}
 [[gnu::always_inline]] inline Float8 FloatBits(Float8::Ints a) {
     return Float8::Native(a);
-}
-[[gnu::always_inline]] inline Float8::Ints IntBits(Float8 a) {
-    return Float8::Ints(a.v);
 }
 [[gnu::always_inline]] inline Float8::Ints AtLeastZero(Float8::Ints a) {
     return a & ~(a >> 31);
@@ -81,9 +66,6 @@ struct Float8 {
 }
 [[gnu::always_inline]] inline Float8 MinOr(Float8 a, Float8 b) {
     return _mm256_min_ps(__m256(a.v), __m256(b.v));
-}
-[[gnu::always_inline]] inline Float8 Abs(Float8 a) {
-    return MaxOr(a, Float8(0.0f) - a);
 }
 [[gnu::always_inline]] inline Float8 Floor(Float8 a) {
     return _mm256_floor_ps(__m256(a.v));
