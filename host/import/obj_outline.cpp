@@ -77,7 +77,8 @@ private:
             ScanFace(rest);
             geometry = false;
         } else if (key == "s") {
-            out_.hasSmoothing = true;
+            ScanSmoothing(rest);
+            geometry = false;
         } else {
             geometry = false;
             ScanName(key, rest);
@@ -94,6 +95,16 @@ private:
         } else if (key == "usemtl") {
             now_.material = std::min(materials_.Number(name), 0xffff);
         }
+    }
+
+    // Whatever is no number means no smoothing. Only what is understood goes on: the reader of the numbers sees lines
+    // where this one sees none.
+    void ScanSmoothing(std::string_view rest) {
+        out_.hasSmoothing = true;
+        rest = rest.substr(0, rest.find('#'));
+        const std::string_view word = TakeWord(rest);
+        int group = 0;
+        if (!word.empty()) out_.geometry += "s " + std::to_string(ParseInteger(word, group) ? group : 0) + "\n";
     }
 
     void BeginObject(std::string_view name) {

@@ -78,6 +78,8 @@ private:
                     SkipLineEnd();
                     continue;
                 }
+                if (block)
+                    RefuseWide(at_ + 1, "character outside ASCII behind a backslash, expected an escape sequence");
                 if (text_[at_ + 1] != '\n') ++at_;
             }
             ++at_;
@@ -86,14 +88,17 @@ private:
 
     static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-    // At a backslash that ends a line of a text of several; ends at what follows it. There the parser looks for spaces
-    // outside ASCII, and not every character is safe to be looked at.
+    // In texts of several lines the parser looks for spaces outside ASCII behind a backslash, and not every character
+    // is safe to be looked at.
+    void RefuseWide(size_t at, const char* problem) const {
+        if (at < text_.size() && uint8_t(text_[at]) >= 0x80) FailAt(file_, line_, problem);
+    }
+
+    // At a backslash that ends a line of a text of several; ends at what follows the spaces behind it.
     void SkipLineEnd() {
         for (++at_; at_ < text_.size() && IsSpace(text_[at_]); ++at_)
             if (text_[at_] == '\n') ++line_;
-        if (at_ < text_.size() && uint8_t(text_[at_]) >= 0x80)
-            FailAt(file_, line_,
-                   "character outside ASCII behind a backslash at a line's end, expected another one first");
+        RefuseWide(at_, "character outside ASCII behind a backslash at a line's end, expected another one first");
     }
 
     const std::string& file_;

@@ -100,6 +100,14 @@ TEST(Obj, SmoothingComesFromTheFilesGroups) {
     EXPECT_EQ(m.faces[1].smGroup, 0u);
 }
 
+TEST(Obj, SmoothingThatIsNoNumberIsNone) {
+    // A carriage return alone ends no line: what follows it is no vertex.
+    const Mesh m = One(std::string(kSquare) + "s 4 # four\nf 1 2 3\ns 4\rv 3e331x\nf 1 3 4\ns\n").mesh;
+    EXPECT_EQ(m.getNumVerts(), 4);
+    EXPECT_EQ(m.faces[0].smGroup, 8u);
+    EXPECT_EQ(m.faces[1].smGroup, 0u);
+}
+
 TEST(Obj, WithoutGroupsNormalsTellWhatIsSmooth) {
     const std::string bent = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 1\n";
     const Mesh smooth = One(bent + "vn 0 0 1\nf 1//1 2//1 3//1\nf 1//1 3//1 4//1\n").mesh;

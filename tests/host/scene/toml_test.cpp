@@ -60,6 +60,8 @@ TEST(Toml, WhatFollowsALineEndInATextIsAscii) {
     EXPECT_EQ(Problem("a = 1\nb = \"\"\"x\\\n \n\xef\xbb\xbf\"\"\"\n"), std::string("f.toml:4: ") + line);
     const TomlValue v = ParseToml("f.toml", "b = \"\"\"x\\ \n y\xc3\xa4\\\\\xc3\xa4\"\"\"\n");
     EXPECT_EQ(v.Find("b")->text, "xy\xc3\xa4\\\xc3\xa4");
+    EXPECT_EQ(Problem("b = \"\"\"\nx\\\xef\xae\xbb\"\"\"\n"),
+              "f.toml:2: character outside ASCII behind a backslash, expected an escape sequence");
 }
 
 TEST(Toml, SyntaxErrorsNameTheLine) {
