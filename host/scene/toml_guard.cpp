@@ -1,6 +1,9 @@
 #include "scene/toml_guard.h"
 
+#include <algorithm>
+
 #include "import/file_error.h"
+#include "scene/toml_characters.h"
 #include "scene/toml_value.h"
 
 namespace host {
@@ -47,18 +50,8 @@ private:
 
     bool Here(std::string_view what) const { return text_.substr(at_, what.size()) == what; }
 
-    // The parser takes a quote for the beginning of a string only where a key or value begins.
-    bool StringMayBegin() const {
-        size_t before = at_;
-        while (before > 0 && (text_[before - 1] == ' ' || text_[before - 1] == '\t' || text_[before - 1] == '\r'))
-            --before;
-        return before == 0 || std::string_view("\n=,[{.").find(text_[before - 1]) != std::string_view::npos;
-    }
-
     // At the opening quote; ends behind the closing one, or at the line's end when a one-line string is not closed.
     void SkipString(char quote) {
-        if (!StringMayBegin())
-            FailAt(file_, line_, "quote inside of a value, expected texts to begin and end with one");
         const std::string triple(3, quote);
         const bool block = Here(triple);
         at_ += block ? 3 : 1;
@@ -73,32 +66,10 @@ private:
                 if (!block) return;
                 ++line_;
             }
-            if (quote == '"' && text_[at_] == '\\' && at_ + 1 < text_.size()) {
-                if (block && IsSpace(text_[at_ + 1])) {
-                    SkipLineEnd();
-                    continue;
-                }
-                if (block)
-                    RefuseWide(at_ + 1, "character outside ASCII behind a backslash, expected an escape sequence");
-                if (text_[at_ + 1] != '\n') ++at_;
-            }
+            // A backslash may stand at a line's end.
+            if (quote == '"' && text_[at_] == '\\' && at_ + 1 < text_.size() && text_[at_ + 1] != '\n') ++at_;
             ++at_;
         }
-    }
-
-    static bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-    // In texts of several lines the parser looks for spaces outside ASCII behind a backslash, and not every character
-    // is safe to be looked at.
-    void RefuseWide(size_t at, const char* problem) const {
-        if (at < text_.size() && uint8_t(text_[at]) >= 0x80) FailAt(file_, line_, problem);
-    }
-
-    // At a backslash that ends a line of a text of several; ends at what follows the spaces behind it.
-    void SkipLineEnd() {
-        for (++at_; at_ < text_.size() && IsSpace(text_[at_]); ++at_)
-            if (text_[at_] == '\n') ++line_;
-        RefuseWide(at_, "character outside ASCII behind a backslash at a line's end, expected another one first");
     }
 
     const std::string& file_;
@@ -110,6 +81,9 @@ private:
 } // namespace
 
 void CheckTomlText(const std::string& file, std::string_view text) {
+    if (const size_t moved = FindMovedCharacter(text); moved != std::string_view::npos)
+        FailAt(file, 1 + int(std::count(text.begin(), text.begin() + ptrdiff_t(moved), '\n')),
+               "character that Unicode does not have, expected others");
     TomlWalker(file, text).Walk();
 }
 

@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// Throws Error for characters outside ASCII that stand neither in strings nor in comments, and for arrays and inline
-/// tables nested deeper than kMostTomlDepth: both lead the parser astray.
+/// Throws Error for characters outside ASCII that stand neither in strings nor in comments, for arrays and inline
+/// tables nested deeper than kMostTomlDepth, and for characters that FindMovedCharacter finds.
 void CheckTomlText(const std::string& file, std::string_view text);
 
 } // namespace host

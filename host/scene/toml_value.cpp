@@ -7,6 +7,7 @@
 
 #include "import/file_error.h"
 #include "scene/key_check.h"
+#include "scene/toml_characters.h"
 #include "scene/toml_guard.h"
 #include "scene/toml_value.h"
 
@@ -20,7 +21,7 @@ TomlValue Convert(const toml::node& node);
 
 void ConvertTable(const toml::table& table, TomlValue& out) {
     out.kind = TomlValue::kTable;
-    for (const auto& [key, value] : table) out.entries.emplace_back(std::string(key.str()), Convert(value));
+    for (const auto& [key, value] : table) out.entries.emplace_back(MoveCharactersBack(key.str()), Convert(value));
     std::stable_sort(out.entries.begin(), out.entries.end(),
                      [](const auto& a, const auto& b) { return a.second.line < b.second.line; });
 }
@@ -35,7 +36,7 @@ TomlValue Convert(const toml::node& node) {
         for (const toml::node& item : *array) out.items.push_back(Convert(item));
     } else if (const auto text = node.value_exact<std::string>()) {
         out.kind = TomlValue::kText;
-        out.text = *text;
+        out.text = MoveCharactersBack(*text);
     } else if (const auto integer = node.value_exact<int64_t>()) {
         out.kind = TomlValue::kInteger;
         out.integer = *integer;
@@ -94,15 +95,17 @@ std::string DescribeToml(const TomlValue& value) {
 }
 
 TomlValue ParseToml(const std::string& file, std::string_view text) {
+    // Some editors begin a text with a byte order mark.
+    if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
     CheckTomlText(file, text);
     try {
-        const toml::table table = toml::parse(text, file);
+        const toml::table table = toml::parse(MoveCharactersAway(text), file);
         TomlValue out;
         ConvertTable(table, out);
         out.line = 1;
         return out;
     } catch (const toml::parse_error& e) {
-        FailAt(file, int(e.source().begin.line), CleanMessage(e.description()));
+        FailAt(file, int(e.source().begin.line), CleanMessage(MoveCharactersBack(e.description())));
     }
 }
 

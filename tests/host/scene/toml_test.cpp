@@ -46,22 +46,42 @@ TEST(Toml, CharactersOutsideAsciiStandInTextsAndCommentsOnly) {
     EXPECT_EQ(Problem("a = 'x' \xa0\n"), std::string("f.toml:1: ") + line);
 }
 
-TEST(Toml, TextsBeginWhereKeysAndValuesDo) {
-    const char* const line = "quote inside of a value, expected texts to begin and end with one";
-    EXPECT_EQ(Problem("a = 1\nb = +\"\xc3\xa4\"\n"), std::string("f.toml:2: ") + line);
-    EXPECT_EQ(Problem("a = 'x' 'y'\n"), std::string("f.toml:1: ") + line);
+TEST(Toml, QuotesInsideOfValuesBeginNoText) {
+    EXPECT_EQ(Problem("a = 1\nb = +\"\xc3\xa4\"\n").substr(0, 9), "f.toml:2:");
+    EXPECT_EQ(Problem("a = 'x' 'y'\n").substr(0, 9), "f.toml:1:");
+    EXPECT_EQ(Problem("a = 8|[[\"\"\"e\xef\xbb\xbf\n").substr(0, 9), "f.toml:1:");
     const TomlValue v = ParseToml("f.toml", "\"k\".'l' = [ 'x',\"y\"\n, \n\t'z' ]\r\n[\"t\"]\na={'b'=\t\"c\"}\n");
     EXPECT_EQ(v.Find("k")->Find("l")->items.size(), 3u);
     EXPECT_EQ(v.Find("t")->Find("a")->Find("b")->text, "c");
 }
 
-TEST(Toml, WhatFollowsALineEndInATextIsAscii) {
-    const char* const line = "character outside ASCII behind a backslash at a line's end, expected another one first";
-    EXPECT_EQ(Problem("a = 1\nb = \"\"\"x\\\n \n\xef\xbb\xbf\"\"\"\n"), std::string("f.toml:4: ") + line);
-    const TomlValue v = ParseToml("f.toml", "b = \"\"\"x\\ \n y\xc3\xa4\\\\\xc3\xa4\"\"\"\n");
-    EXPECT_EQ(v.Find("b")->text, "xy\xc3\xa4\\\xc3\xa4");
-    EXPECT_EQ(Problem("b = \"\"\"\nx\\\xef\xae\xbb\"\"\"\n"),
-              "f.toml:2: character outside ASCII behind a backslash, expected an escape sequence");
+TEST(Toml, TextsKeepEveryCharacter) {
+    // Of one to four bytes, spaces of other scripts among them, in all kinds of texts and in keys.
+    const std::string all = "a~\xc2\x80\xc2\xa0\xc3\xa4\xdf\xbf\xe0\xa0\x80\xe3\x80\x80\xef\xae\xbb\xef\xbb\xbf\xef"
+                            "\xbf\xbf\xf0\x90\x80\x80\xf4\x8f\xbf\xbd";
+    for (const std::string quote : {"\"", "'", "\"\"\"", "'''"})
+        EXPECT_EQ(ParseToml("f.toml", "b = " + quote + all + quote).Find("b")->text, all) << quote;
+    EXPECT_EQ(ParseToml("f.toml", "'" + all + "' = 1\n").entries.at(0).first, all);
+    EXPECT_EQ(ParseToml("f.toml", "b = \"\\u00e4\\U0001F600\"\n").Find("b")->text, "\xc3\xa4\xf0\x9f\x98\x80");
+    // Only spaces of ASCII go behind a backslash at a line's end.
+    EXPECT_EQ(ParseToml("f.toml", "b = \"\"\"x\\ \n \n\xc2\xa0y\\\\\xc3\xa4\"\"\"\n").Find("b")->text,
+              "x\xc2\xa0y\\\xc3\xa4");
+    EXPECT_EQ(Problem("b = \"\"\"\nx\\\xef\xae\xbb\"\"\"\n").substr(0, 9), "f.toml:2:");
+}
+
+TEST(Toml, AByteOrderMarkMayComeFirst) {
+    EXPECT_EQ(ParseToml("f.toml", "\xef\xbb\xbf\na = 1\n").Find("a")->integer, 1);
+    EXPECT_EQ(Problem("\n\xef\xbb\xbf\na = 1\n"),
+              "f.toml:2: character outside ASCII, expected such characters in strings and comments only");
+}
+
+TEST(Toml, WhatIsNoTextIsRefused) {
+    EXPECT_EQ(Problem("a = 1\n# \xf1\x80\x82\x80\n"),
+              "f.toml:2: character that Unicode does not have, expected others");
+    // Cut off, longer than necessary, half of a pair, beyond the last one, alone.
+    for (const std::string bad :
+         {"\xc3", "\xc0\x80", "\xe0\x82\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\x80", "\xff"})
+        EXPECT_EQ(Problem("a = \"" + bad + "\"\n").substr(0, 9), "f.toml:1:") << testing::PrintToString(bad);
 }
 
 TEST(Toml, SyntaxErrorsNameTheLine) {
