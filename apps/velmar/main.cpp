@@ -11,7 +11,7 @@
 #endif
 
 #include "commands.h"
-#include "core/host_log.h"
+#include "core/error.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "scene/frame_list.h"

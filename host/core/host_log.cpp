@@ -2,22 +2,9 @@
 
 #include <cstdio>
 
-namespace host {
+#include "core/error.h"
 
-std::string OneLine(const std::string& text) {
-    std::string line;
-    bool gap = false;
-    for (const char c : text) {
-        if (c == '\n' || c == '\r') {
-            gap = true;
-            continue;
-        }
-        if (gap && !line.empty()) line += ' ';
-        gap = false;
-        line += c;
-    }
-    return line;
-}
+namespace host {
 
 void HostLog::LogEntry(int type, bool, const char* title, const char* text) {
     const char* const kind = type == SYSLOG_ERROR   ? "error: "

@@ -12,7 +12,7 @@ namespace host {
 /// Writes one line an entry, "velmar: KIND: TITLE: TEXT", to standard error or to a sink. Any thread.
 class HostLog : public LogSys {
 public:
-    /// One entry; line breaks inside become spaces. Debug entries need SetDebug(true).
+    /// One entry, as OneLine. Debug entries need SetDebug(true).
     void LogEntry(int type, bool dialogue, const char* title, const char* text) override;
     /// Receives the lines instead of standard error; an empty function gives standard error back.
     using Sink = std::function<void(int type, const std::string& line)>;
@@ -24,8 +24,5 @@ private:
     Sink sink_;
     bool debug_ = false;
 };
-
-/// `text` on one line: runs of line breaks become one space, none at the ends.
-std::string OneLine(const std::string& text);
 
 } // namespace host

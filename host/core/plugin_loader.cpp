@@ -5,6 +5,7 @@
 #include <set>
 
 #include "core/dynlib.h"
+#include "core/error.h"
 #include "core/host_log.h"
 
 namespace host {

@@ -28,10 +28,7 @@ std::string Quoted(std::string_view text) {
 }
 
 std::string FirstLine(const std::string& text) {
-    std::string line = text.substr(0, text.find('\n'));
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < 32; }, ' ');
-    return line.substr(0, 200);
+    return text.substr(0, std::min<size_t>(text.find('\n'), 200));
 }
 
 void FailAt(const std::string& file, int line, const std::string& text) {

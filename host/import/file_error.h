@@ -12,7 +12,7 @@ namespace host {
 std::string PlaceText(const std::string& file, int line);
 /// The text between single quotes, at most 60 bytes of it.
 std::string Quoted(std::string_view text);
-/// The first line of a library's message, at most 200 bytes of it, without control characters.
+/// The first line of a library's message, at most 200 bytes of it.
 std::string FirstLine(const std::string& text);
 /// Throws Error with "FILE:LINE: text".
 [[noreturn]] void FailAt(const std::string& file, int line, const std::string& text);
