@@ -4,36 +4,28 @@
 #include <utility>
 #include <vector>
 
+#include "core/host_classes.h"
 #include "core/param_builder.h"
-#include "sdk/plugapi.h"
 
 namespace host {
 
 /// The descriptor of a class that `new T` makes and whose parameter block stands in slot 0.
 template <class T>
-class BlockClassDesc : public ClassDesc2 {
+class BlockClassDesc : public SimpleClassDesc<T, ClassDesc2> {
 public:
     BlockClassDesc(const char* name, const char* internalName, SClass_ID sid, Class_ID id, std::vector<ParamDef> params)
-        : name_(name), internalName_(internalName), sid_(sid), id_(id) {
+        : SimpleClassDesc<T, ClassDesc2>(name, sid, id), internalName_(internalName) {
         block_.intName = std::string(internalName) + "Params";
         block_.title = name;
         block_.classDesc = this;
         block_.flags = P_AUTO_CONSTRUCT;
         block_.params = std::move(params);
-        AddParamBlockDesc(&block_);
+        this->AddParamBlockDesc(&block_);
     }
-    int IsPublic() override { return 1; }
-    void* Create(bool) override { return new T; }
-    const char* ClassName() override { return name_; }
-    SClass_ID SuperClassID() override { return sid_; }
-    Class_ID ClassID() override { return id_; }
-    const char* Category() override { return "Host"; }
     const char* InternalName() override { return internalName_; }
 
 private:
-    const char *name_, *internalName_;
-    SClass_ID sid_;
-    Class_ID id_;
+    const char* internalName_;
     ParamBlockDesc2 block_;
 };
 

@@ -1,56 +1,34 @@
 #include "core/camera.h"
 
-#include "core/param_builder.h"
+#include "core/block_class.h"
 
 namespace host {
 
 namespace {
 
-class CameraDesc : public ClassDesc2 {
-public:
-    CameraDesc(const char* name, const char* internalName, Class_ID id, CameraObject* (*make)())
-        : name_(name), internalName_(internalName), id_(id), make_(make) {
-        block_.intName = "cameraParams";
-        block_.title = "Camera";
-        block_.classDesc = this;
-        block_.flags = P_AUTO_CONSTRUCT;
-        block_.params = {FloatParam(kCamFov, "fov", 0.785398f, 0.001f, 3.1f),
-                         FloatParam(kCamTargetDist, "targetDistance", 100, 0, kHuge),
-                         BoolParam(kCamOrtho, "orthographic", false),
-                         BoolParam(kCamManualClip, "manualClip", false),
-                         FloatParam(kCamHither, "hither", 1, 0, kHuge),
-                         FloatParam(kCamYon, "yon", 1000, 0, kHuge),
-                         FloatParam(kCamNearRange, "nearRange", 0, 0, kHuge),
-                         FloatParam(kCamFarRange, "farRange", 1000, 0, kHuge),
-                         FloatParam(kCamRoll, "roll", 0, -kHuge, kHuge)};
-        AddParamBlockDesc(&block_);
-    }
-    int IsPublic() override { return 1; }
-    void* Create(bool) override { return make_(); }
-    const char* ClassName() override { return name_; }
-    SClass_ID SuperClassID() override { return CAMERA_CLASS_ID; }
-    Class_ID ClassID() override { return id_; }
-    const char* Category() override { return "Host"; }
-    const char* InternalName() override { return internalName_; }
-
-private:
-    const char *name_, *internalName_;
-    Class_ID id_;
-    CameraObject* (*make_)();
-    ParamBlockDesc2 block_;
-};
+std::vector<ParamDef> CameraParams() {
+    return {FloatParam(kCamFov, "fov", 0.785398f, 0.001f, 3.1f),
+            FloatParam(kCamTargetDist, "targetDistance", 100, 0, kHuge),
+            BoolParam(kCamOrtho, "orthographic", false),
+            BoolParam(kCamManualClip, "manualClip", false),
+            FloatParam(kCamHither, "hither", 1, 0, kHuge),
+            FloatParam(kCamYon, "yon", 1000, 0, kHuge),
+            FloatParam(kCamNearRange, "nearRange", 0, 0, kHuge),
+            FloatParam(kCamFarRange, "farRange", 1000, 0, kHuge),
+            FloatParam(kCamRoll, "roll", 0, -kHuge, kHuge)};
+}
 
 } // namespace
 
 ClassDesc2* TargetCameraDesc() {
-    static CameraDesc desc("Target Camera", "TargetCamera", LOOKAT_CAM_CLASS_ID,
-                           []() -> CameraObject* { return new TargetCamera; });
+    static BlockClassDesc<TargetCamera> desc("Target Camera", "TargetCamera", CAMERA_CLASS_ID, LOOKAT_CAM_CLASS_ID,
+                                             CameraParams());
     return &desc;
 }
 
 ClassDesc2* FreeCameraDesc() {
-    static CameraDesc desc("Free Camera", "FreeCamera", SIMPLE_CAM_CLASS_ID,
-                           []() -> CameraObject* { return new FreeCamera; });
+    static BlockClassDesc<FreeCamera> desc("Free Camera", "FreeCamera", CAMERA_CLASS_ID, SIMPLE_CAM_CLASS_ID,
+                                           CameraParams());
     return &desc;
 }
 

@@ -52,15 +52,13 @@ void KeyedControl::SetKeyClass(KeyClass keyClass) {
 
 /// The whole track before a hold's first edit.
 template <class T, SClass_ID kSuper>
-class KeyControl<T, kSuper>::TrackRestore : public RestoreObj {
+class KeyControl<T, kSuper>::TrackRestore : public ExchangeRestore {
 public:
     explicit TrackRestore(KeyControl* control) : control_(control), saved_(control->track_) {}
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
     TSTR Description() override { return "Keys"; }
 
 private:
-    void Exchange() {
+    void Exchange() override {
         auto* const control = static_cast<KeyControl*>(control_.Maker());
         if (!control) return;
         std::swap(control->track_, saved_);

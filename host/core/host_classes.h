@@ -7,9 +7,9 @@
 
 namespace host {
 
-/// The descriptor of a class that `new T` makes, for classes without parameter blocks.
-template <class T>
-class SimpleClassDesc : public ClassDesc {
+/// The descriptor of a class that `new T` makes; `Base` is ClassDesc, or ClassDesc2 for classes with parameter blocks.
+template <class T, class Base = ClassDesc>
+class SimpleClassDesc : public Base {
 public:
     SimpleClassDesc(const char* name, SClass_ID sid, Class_ID id) : name_(name), sid_(sid), id_(id) {}
     int IsPublic() override { return 1; }

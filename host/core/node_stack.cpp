@@ -10,16 +10,14 @@
 namespace host {
 
 /// What an entry of the stack kept before it was given something else.
-class Node::ContextRestore : public RestoreObj {
+class Node::ContextRestore : public ExchangeRestore {
 public:
     ContextRestore(Node* node, int i, std::unique_ptr<ModContext> former)
         : node_(node), index_(i), context_(std::move(former)) {}
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
     TSTR Description() override { return "Modifier data"; }
 
 private:
-    void Exchange() {
+    void Exchange() override {
         auto* const node = static_cast<Node*>(node_.Maker());
         if (!node || index_ >= node->NumModifiers()) return;
         node->stack_.SwapContext(index_, context_);

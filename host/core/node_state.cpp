@@ -18,13 +18,11 @@ Node* AsNode(ReferenceMaker* maker) {
 } // namespace
 
 /// Where a node stood in the hierarchy.
-class Node::PlaceRestore : public RestoreObj {
+class Node::PlaceRestore : public ExchangeRestore {
 public:
     explicit PlaceRestore(Node* node) : node_(node), parent_(node->parent_), hadParent_(node->parent_) {
         index_ = IndexOf(node);
     }
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
     TSTR Description() override { return "Parent"; }
 
 private:
@@ -33,7 +31,7 @@ private:
         const auto& siblings = node->parent_->children_;
         return size_t(std::find(siblings.begin(), siblings.end(), node) - siblings.begin());
     }
-    void Exchange() {
+    void Exchange() override {
         auto* const node = static_cast<Node*>(node_.Maker());
         auto* const parent = static_cast<Node*>(parent_.Maker());
         if (!node || (hadParent_ && !parent) || (parent && PlaceDependsOn(parent, node))) return;

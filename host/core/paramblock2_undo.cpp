@@ -8,16 +8,14 @@
 namespace host {
 
 /// A number or text before a change. Controllers and references have records of their own.
-class ParamBlock2::NumberRestore : public RestoreObj {
+class ParamBlock2::NumberRestore : public ExchangeRestore {
 public:
     NumberRestore(ParamBlock2* block, const Param& p)
         : block_(block), index_(size_t(&p - block->params_.data())), saved_(p.values[0]) {}
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
     TSTR Description() override { return "Parameter"; }
 
 private:
-    void Exchange() {
+    void Exchange() override {
         auto* const block = static_cast<ParamBlock2*>(block_.Maker());
         if (!block) return;
         Param& p = block->params_[index_];

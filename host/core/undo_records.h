@@ -7,15 +7,13 @@
 namespace host {
 
 /// What a reference slot held before a change. The former target is kept alive.
-class RefRestore : public RestoreObj {
+class RefRestore : public ExchangeRestore {
 public:
     RefRestore(ReferenceMaker* maker, int which, RefTargetHandle former);
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
     TSTR Description() override { return "Reference"; }
 
 private:
-    void Exchange();
+    void Exchange() override;
     MakerHandle maker_;
     int which_;
     MakerHandle saved_;

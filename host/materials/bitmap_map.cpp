@@ -89,9 +89,7 @@ RefTargetHandle BitmapMap::Clone(RemapDir& remap) {
     copy->file_ = file_;
     copy->raw_ = raw_;
     copy->error_ = error_;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(copy, remap);
 }
 
 } // namespace host

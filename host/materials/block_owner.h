@@ -59,6 +59,12 @@ protected:
         }
         copy.SetName(this->GetName());
     }
+    /// Makes `copy`, just made, a copy of this one's references and values.
+    RefTargetHandle Copied(BlockOwner* copy, RemapDir& remap) {
+        CopyReferences(*copy, remap);
+        copy->Refresh();
+        return copy;
+    }
 
 private:
     IParamBlock2* block_ = nullptr;

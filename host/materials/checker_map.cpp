@@ -50,10 +50,7 @@ InputBlend CheckerMap::BlendAt(const MapPoint& p) const {
 }
 
 RefTargetHandle CheckerMap::Clone(RemapDir& remap) {
-    auto* const copy = new CheckerMap;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(new CheckerMap, remap);
 }
 
 } // namespace host

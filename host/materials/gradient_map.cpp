@@ -88,10 +88,7 @@ InputBlend GradientMap::BlendAt(const MapPoint& p) const {
 }
 
 RefTargetHandle GradientMap::Clone(RemapDir& remap) {
-    auto* const copy = new GradientMap;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(new GradientMap, remap);
 }
 
 } // namespace host

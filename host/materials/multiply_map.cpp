@@ -51,10 +51,7 @@ Point3 MultiplyMap::EvalNormalPerturb(ShadeContext& sc) {
 }
 
 RefTargetHandle MultiplyMap::Clone(RemapDir& remap) {
-    auto* const copy = new MultiplyMap;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(new MultiplyMap, remap);
 }
 
 } // namespace host

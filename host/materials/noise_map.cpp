@@ -65,10 +65,7 @@ InputBlend NoiseMap::BlendAt(const MapPoint& p) const {
 }
 
 RefTargetHandle NoiseMap::Clone(RemapDir& remap) {
-    auto* const copy = new NoiseMap;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(new NoiseMap, remap);
 }
 
 } // namespace host

@@ -243,10 +243,7 @@ Color StdMtl::ShadowTransparency(ShadeContext& sc) {
 }
 
 RefTargetHandle StdMtl::Clone(RemapDir& remap) {
-    auto* const copy = new StdMtl;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(new StdMtl, remap);
 }
 
 } // namespace host

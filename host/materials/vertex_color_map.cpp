@@ -44,10 +44,7 @@ AColor VertexColorMap::EvalColor(ShadeContext& sc) {
 }
 
 RefTargetHandle VertexColorMap::Clone(RemapDir& remap) {
-    auto* const copy = new VertexColorMap;
-    CopyReferences(*copy, remap);
-    copy->Refresh();
-    return copy;
+    return Copied(new VertexColorMap, remap);
 }
 
 } // namespace host

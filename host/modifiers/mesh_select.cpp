@@ -48,15 +48,13 @@ ClassDesc* MeshSelectDesc() {
 }
 
 /// The state before the first change in a hold.
-class MeshSelectData::StateRestore : public RestoreObj {
+class MeshSelectData::StateRestore : public ExchangeRestore {
 public:
     explicit StateRestore(const std::shared_ptr<Kept>& kept) : kept_(kept), saved_(kept->now) {}
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
     TSTR Description() override { return "Selection"; }
 
 private:
-    void Exchange() {
+    void Exchange() override {
         std::swap(kept_->now, saved_);
         if (const auto owner = kept_->owner.lock()) (*owner)->LocalDataChanged();
     }

@@ -112,19 +112,27 @@ public:
 /// hold yet. For records that keep an object's whole state.
 bool HoldOnce(uint64_t& mark);
 
+/// A record whose undo and redo are the same: what it keeps changes places with what is there.
+class ExchangeRestore : public RestoreObj {
+public:
+    void Restore(int) final { Exchange(); }
+    void Redo() final { Exchange(); }
+
+protected:
+    virtual void Exchange() = 0;
+};
+
 /// Exchanges a plain value with the one it had. Afterwards `told` is called, or the owner's dependents hear of a
 /// change.
 template <class T>
-class ValueRestore : public RestoreObj {
+class ValueRestore : public ExchangeRestore {
 public:
     using Told = void (*)(ReferenceMaker* owner);
     ValueRestore(ReferenceMaker* owner, T& place, Told told)
         : owner_(owner), place_(place), saved_(place), told_(told) {}
-    void Restore(int) override { Exchange(); }
-    void Redo() override { Exchange(); }
 
 private:
-    void Exchange() {
+    void Exchange() override {
         if (!owner_.Maker()) return;
         std::swap(place_, saved_);
         if (told_)

@@ -93,21 +93,23 @@ SplinePlace PlaceAtParam(const Spline3D& spline, float u) {
     return {segment, at - float(segment)};
 }
 
+namespace {
+
+SplinePlace PlaceOnCurve(const Spline3D& spline, float u, int paramType) {
+    if (paramType != PARAM_NORMALIZED) return PlaceAtParam(spline, u);
+    const SplineLengths lengths(spline);
+    return lengths.At(u * lengths.Total());
+}
+
+} // namespace
+
 Point3 Spline3D::InterpCurve3D(float u, int paramType) const {
-    SplinePlace place = PlaceAtParam(*this, u);
-    if (paramType == PARAM_NORMALIZED) {
-        const SplineLengths lengths(*this);
-        place = lengths.At(u * lengths.Total());
-    }
+    const SplinePlace place = PlaceOnCurve(*this, u, paramType);
     return InterpBezier3D(place.segment, place.t);
 }
 
 Point3 Spline3D::TangentCurve3D(float u, int paramType) const {
-    SplinePlace place = PlaceAtParam(*this, u);
-    if (paramType == PARAM_NORMALIZED) {
-        const SplineLengths lengths(*this);
-        place = lengths.At(u * lengths.Total());
-    }
+    const SplinePlace place = PlaceOnCurve(*this, u, paramType);
     return TangentBezier3D(place.segment, place.t);
 }
 
