@@ -306,6 +306,25 @@ TEST_F(FrameTest, EffectsOnSeveralThreadsMayTellTheirProgress) {
     EXPECT_EQ(names.wrong, 0);
 }
 
+/// Says that there is nothing, and no more than that.
+class NothingMtl : public Mtl {
+public:
+    ~NothingMtl() override { DeleteAllRefs(); }
+    void Shade(ShadeContext& sc) override { sc.out.flags |= SHADEOUT_NOTHING; }
+};
+
+TEST_F(FrameTest, WhereAMaterialSaysThatThereIsNothingTheRayGoesOn) {
+    AddCamera({0, 0, 10}, {0, 0, 0}, float(M_PI / 2));
+    Node* const plate = AddPlate(0, {1, 0.5f, 0.25f});
+    AddPlate(2, {0, 0, 1})->SetMtl(core.Adopt(new NothingMtl));
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_EQ(ColorAt(20, 15), Color(1, 0.5f, 0.25f));
+    EXPECT_NEAR(DepthAt(20, 15), -10.0f, 1e-4f);
+    plate->Hide(true);
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_EQ(AlphaAt(20, 15), 0.0f);
+}
+
 TEST_F(FrameTest, HiddenAndUnrenderableNodesAreLeftOut) {
     AddCamera({0, 0, 10}, {0, 0, 0}, float(M_PI / 2));
     Node* const plate = AddPlate(0, {1, 1, 1});
