@@ -1,14 +1,15 @@
 #include "image/embedded_image.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <string_view>
+#include <system_error>
 
 #include <unistd.h>
-
-#include "core/error.h"
 
 namespace host {
 
@@ -25,7 +26,7 @@ Store& TheStore() {
 }
 
 // What decoders want to see at the end of a name.
-const char* ExtensionOf(const std::string& bytes) {
+std::string_view ExtensionOf(const std::string& bytes) {
     if (bytes.starts_with("\x89PNG")) return ".png";
     if (bytes.starts_with("\xff\xd8")) return ".jpg";
     if (bytes.starts_with("BM")) return ".bmp";
@@ -50,15 +51,22 @@ std::shared_ptr<const std::string> FindEmbeddedImage(const std::string& path) {
 }
 
 EmbeddedImageFile::EmbeddedImageFile(const std::string& bytes) {
-    const char* const extension = ExtensionOf(bytes);
-    path_ = (std::filesystem::temp_directory_path() / "velmar_image_XXXXXX").string() + extension;
-    const int file = mkstemps(path_.data(), int(std::string(extension).size()));
-    std::FILE* const f = file < 0 ? nullptr : fdopen(file, "wb");
-    if (!f) throw Error("cannot write the temporary file " + path_);
-    const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-    if (std::fclose(f) == 0 && whole) return;
+    const std::string_view extension = ExtensionOf(bytes);
+    path_ = (std::filesystem::temp_directory_path() / "velmar_image_XXXXXX").string().append(extension);
+    const int file = mkstemps(path_.data(), int(extension.size()));
+    if (file < 0) Fail(errno);
+    std::FILE* const f = fdopen(file, "wb");
+    int wrong = f ? 0 : errno;
+    if (!f) close(file);
+    if (f && std::fwrite(bytes.data(), 1, bytes.size(), f) != bytes.size()) wrong = errno;
+    if (f && std::fclose(f) != 0 && wrong == 0) wrong = errno;
+    if (wrong == 0) return;
     std::remove(path_.c_str());
-    throw Error("cannot write the temporary file " + path_);
+    Fail(wrong);
+}
+
+void EmbeddedImageFile::Fail(int errorNumber) const {
+    throw std::system_error(errorNumber, std::generic_category(), "temporary file " + path_);
 }
 
 EmbeddedImageFile::~EmbeddedImageFile() {

@@ -13,7 +13,8 @@ void KeepEmbeddedImage(const std::string& path, std::string bytes);
 /// The bytes kept under a path; null when there are none.
 std::shared_ptr<const std::string> FindEmbeddedImage(const std::string& path);
 
-/// A file with these bytes, deleted at the end: decoders read files. Throws Error when it cannot be written.
+/// A file with these bytes, deleted at the end: decoders read files. Throws std::system_error when it cannot be
+/// written.
 class EmbeddedImageFile {
 public:
     explicit EmbeddedImageFile(const std::string& bytes);
@@ -23,6 +24,7 @@ public:
     const std::string& Path() const { return path_; }
 
 private:
+    [[noreturn]] void Fail(int errorNumber) const;
     std::string path_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 
 #include "core/error.h"
@@ -94,10 +95,12 @@ Image LoadEmbedded(const std::string& path, const std::string& bytes, bool raw) 
 } // namespace
 
 Image LoadImage(const std::string& path, bool raw) {
-    if (const auto bytes = FindEmbeddedImage(path)) return LoadEmbedded(path, *bytes, raw);
+    const auto embedded = FindEmbeddedImage(path);
     std::error_code ec;
-    if (!std::filesystem::is_regular_file(path, ec)) throw Error(path + ": cannot read: there is no such file");
+    if (!embedded && !std::filesystem::is_regular_file(path, ec))
+        throw Error(path + ": cannot read: there is no such file");
     try {
+        if (embedded) return LoadEmbedded(path, *embedded, raw);
         if (LowerExtension(path) == ".exr" || StartsLikeExr(path)) return ReadExr(path);
         CheckPng(path);
         return ReadOther(path, raw);

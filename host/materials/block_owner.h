@@ -59,9 +59,10 @@ protected:
         }
         copy.SetName(this->GetName());
     }
-    /// Makes `copy`, just made, a copy of this one's references and values.
+    /// Makes `copy`, just made, a copy of this one's references and values, at the same time.
     RefTargetHandle Copied(BlockOwner* copy, RemapDir& remap) {
         CopyReferences(*copy, remap);
+        copy->time_ = time_;
         copy->Refresh();
         return copy;
     }

@@ -33,7 +33,7 @@ CameraSampler::View CameraSampler::ViewThrough(float x, float y) const {
     return view;
 }
 
-// The nearest surface beyond depth `near`; false when there is none.
+// What the nearest face beyond depth `near` shows; false when there is none.
 bool CameraSampler::ShadeNearest(const View& view, float near, SurfaceLayer& layer, float& depth) {
     RayHit hit;
     if (!render_.Rays().Nearest(view.from, view.direction, near, render_.View().yon, kCameraRays, hit)) return false;
@@ -60,9 +60,7 @@ int CameraSampler::Trace(const View& view) {
     while (count < kMostLayers) {
         float depth = 0;
         if (!ShadeNearest(view, near, layers_[size_t(count)], depth)) break;
-        const bool opaque = IsOpaque(layers_[size_t(count)].transparency);
-        if (!layers_[size_t(count)].skipped) ++count;
-        if (opaque) break;
+        if (!layers_[size_t(count)].skipped && IsOpaque(layers_[size_t(count++)].transparency)) break;
         near = std::max(depth + depth * kStepBehind, std::nextafter(depth, render_.View().yon));
     }
     return count;

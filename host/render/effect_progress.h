@@ -1,6 +1,7 @@
 #pragma once
 // Progress of an effect that works long inside a sample, shown beside the lines that are done.
 
+#include <atomic>
 #include <mutex>
 #include <string>
 
@@ -9,7 +10,8 @@
 
 namespace host {
 
-/// What the core hands to effects while it lives, when somebody watches (Interface::GetRenderProgress).
+/// What the core hands to effects while it lives, when somebody watches (Interface::GetRenderProgress). Effects on
+/// several threads may tell their progress at a time; the title is the last one's.
 class EffectProgress : public RendProgressCallback {
 public:
     /// `linesDone` and `lines` give the picture's own progress; `progress` may be null and is called under `mutex`.
@@ -22,7 +24,10 @@ public:
     EffectProgress(const EffectProgress&) = delete;
     EffectProgress& operator=(const EffectProgress&) = delete;
 
-    void SetTitle(const char* title) override { title_ = title ? title : ""; }
+    void SetTitle(const char* title) override {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        title_ = title ? title : "";
+    }
     int Progress(int done, int total) override {
         if (progress_ && total > 0) {
             const int percent = int(100.0 * double(done) / double(total));
@@ -40,7 +45,7 @@ private:
     std::mutex& mutex_;
     const std::atomic<int>& linesDone_;
     int lines_;
-    std::string title_;
+    std::string title_; ///< guarded by the mutex
 };
 
 } // namespace host

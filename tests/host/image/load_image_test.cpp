@@ -1,7 +1,9 @@
 #include "image/load_image.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
@@ -9,6 +11,7 @@
 #include "core/error.h"
 #include "folder_test.h"
 #include "image/color_encoding.h"
+#include "image/embedded_image.h"
 #include "image/write_picture.h"
 
 namespace host {
@@ -82,6 +85,30 @@ TEST_F(LoadImageTest, ExrFilesAreReadBack) {
     // Whatever its name says, it is read by the right library.
     fs::copy_file(Path("p.exr"), Path("p.png"));
     EXPECT_EQ(LoadImage(Path("p.png"), false).At(0, 0), AColor(4, 0.5f, 0.25f, 0.5f));
+}
+
+TEST_F(LoadImageTest, EmbeddedFilesAreReadUnderTheirNames) {
+    const std::string name = Path("scene.glb") + "#bark";
+    std::ifstream file(Write<uint8_t>("a.png", 3, {255, 0, 0, 0, 0, 255}), std::ios::binary);
+    KeepEmbeddedImage(name, {std::istreambuf_iterator<char>(file), {}});
+    EXPECT_EQ(LoadImage(name, false).At(1, 0), AColor(0, 0, 1, 1));
+    KeepEmbeddedImage(name, "no picture");
+    EXPECT_EQ(FailureOf(name).find(name + ": cannot read: "), 0u) << FailureOf(name);
+}
+
+TEST_F(LoadImageTest, EmbeddedFilesNeedAPlaceForAMoment) {
+    const std::string name = Path("scene.glb") + "#leaf";
+    KeepEmbeddedImage(name, "bytes");
+    const char* const former = std::getenv("TMPDIR");
+    const std::string kept = former ? former : "";
+    setenv("TMPDIR", Path("nowhere").c_str(), 1);
+    const std::string failure = FailureOf(name);
+    if (former)
+        setenv("TMPDIR", kept.c_str(), 1);
+    else
+        unsetenv("TMPDIR");
+    EXPECT_EQ(failure.find(name + ": cannot read: "), 0u) << failure;
+    EXPECT_NE(failure.find("No such file or directory"), std::string::npos) << failure;
 }
 
 TEST_F(LoadImageTest, BadFilesGiveOneLine) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/controllers.h"
 #include "flat_context.h"
 #include "host/statistics.h"
 #include "materials/checker_map.h"
@@ -352,6 +353,23 @@ TEST(SubMaps, MayGoAndMayNotContainTheirOwners) {
     }
     EXPECT_EQ(inner.GetSubTexmap(0), nullptr);
     EXPECT_EQ(outer.EvalColor(sc), AColor(0, 0, 0, 1));
+}
+
+TEST(MapOutput, CopiesAreOfTheTimeThatTheMapIsAt) {
+    CheckerMap map;
+    auto* const amount = new FloatControl;
+    amount->SetKey(0, 0.0f);
+    amount->SetKey(320, 1.0f);
+    ASSERT_TRUE(map.Params()->SetController(kOutAmount, amount));
+    Interval valid = FOREVER;
+    map.Update(320, valid);
+    RemapDir remap;
+    auto* const copy = static_cast<CheckerMap*>(map.Clone(remap));
+    FlatContext sc;
+    sc.uvw = {0.6f, 0.1f, 0};
+    EXPECT_EQ(map.EvalColor(sc), AColor(1, 1, 1, 1));
+    EXPECT_EQ(copy->EvalColor(sc), AColor(1, 1, 1, 1));
+    copy->DeleteThis();
 }
 
 TEST(SubMaps, CopiesShareWhatCannotBeCopied) {

@@ -8,6 +8,7 @@
 #include "core/error.h"
 #include "materials/bitmap_map.h"
 #include "materials/checker_map.h"
+#include "render/effect_progress.h"
 #include "render/scan_renderer.h"
 #include "scene_fixture.h"
 #include "sdk/atmos.h"
@@ -268,6 +269,60 @@ TEST_F(FrameTest, ProgressCountsLinesOneCallAtATime) {
     EXPECT_GT(stats.wallSeconds, 0);
     EXPECT_GT(stats.cpuSeconds, 0);
     EXPECT_GT(stats.peakRssBytes, 1u << 20);
+}
+
+TEST_F(FrameTest, EffectsOnSeveralThreadsMayTellTheirProgress) {
+    const std::string titles[] = {"strands of the mane and of the tail",
+                                  "a field of grass that is much longer than hair"};
+    class Names : public IProgressIndicator {
+    public:
+        explicit Names(const std::string* expected) : expected_(expected) {}
+        void SetTask(const std::string&, int) override {}
+        void SetTaskProgress(int) override {}
+        void SetObject(const std::string& name, int) override {
+            ++told;
+            wrong += name != expected_[0] + " 25 %" && name != expected_[1] + " 25 %";
+        }
+        void SetObjectProgress(int) override {}
+        int told = 0, wrong = 0;
+
+    private:
+        const std::string* expected_;
+    } names(titles);
+    std::mutex mutex;
+    const std::atomic<int> lines{0};
+    EffectProgress progress(core, &names, mutex, lines, 10);
+    progress.SetTitle(titles[0].c_str());
+    const auto tell = [&](const std::string& title) {
+        for (int i = 0; i < 200000; ++i) {
+            progress.SetTitle(title.c_str());
+            progress.Progress(1, 4);
+        }
+    };
+    std::thread other([&] { tell(titles[1]); });
+    tell(titles[0]);
+    other.join();
+    EXPECT_EQ(names.told, 400000);
+    EXPECT_EQ(names.wrong, 0);
+}
+
+/// Says that there is nothing, and no more than that.
+class NothingMtl : public Mtl {
+public:
+    ~NothingMtl() override { DeleteAllRefs(); }
+    void Shade(ShadeContext& sc) override { sc.out.flags |= SHADEOUT_NOTHING; }
+};
+
+TEST_F(FrameTest, WhereAMaterialSaysThatThereIsNothingTheRayGoesOn) {
+    AddCamera({0, 0, 10}, {0, 0, 0}, float(M_PI / 2));
+    Node* const plate = AddPlate(0, {1, 0.5f, 0.25f});
+    AddPlate(2, {0, 0, 1})->SetMtl(core.Adopt(new NothingMtl));
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_EQ(ColorAt(20, 15), Color(1, 0.5f, 0.25f));
+    EXPECT_NEAR(DepthAt(20, 15), -10.0f, 1e-4f);
+    plate->Hide(true);
+    ASSERT_EQ(Render(), FrameResult::kDone);
+    EXPECT_EQ(AlphaAt(20, 15), 0.0f);
 }
 
 TEST_F(FrameTest, HiddenAndUnrenderableNodesAreLeftOut) {
