@@ -23,6 +23,7 @@ test: build check
 
 check:
 	@python3 tools/check_includes.py
+	@python3 tools/check_tour.py
 
 # Compares pictures with those of Blender's Cycles; says so and goes on where Blender is not installed.
 compare-blender: build

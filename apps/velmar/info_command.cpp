@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "commands.h"
+#include "core/error.h"
 #include "scene/key_check.h"
 #include "scene/key_report.h"
 #include "sdk/inode.h"
@@ -15,6 +16,11 @@ namespace {
 // "1 face", "2 faces".
 std::string Counted(int n, const char* one, const char* many) {
     return std::to_string(n) + " " + (n == 1 ? one : many);
+}
+
+// A name in quotes. Those out of files may hold what a terminal would obey.
+std::string Named(const std::string& name) {
+    return "'" + host::OneLine(name) + "'";
 }
 
 std::string FacesText(const Mesh& mesh) {
@@ -53,7 +59,8 @@ std::string ValidText(Session& session, const Interval& valid) {
 void PrintStack(Session& session, INode* node) {
     for (int i = 0; i < node->NumModifiers(); ++i) {
         Modifier* const m = node->GetModifier(i);
-        std::printf("  modifier '%s': %s%s", m->GetName().c_str(), m->GetObjectName(), m->IsEnabled() ? "" : ", off");
+        std::printf("  modifier %s: %s%s", Named(m->GetName()).c_str(), m->GetObjectName(),
+                    m->IsEnabled() ? "" : ", off");
         if (m->IsEnabled() && !m->IsEnabledInRender()) std::printf(", off in pictures");
         if (m->IsEnabled() && !m->IsEnabledInViews()) std::printf(", off outside pictures");
         std::printf("\n");
@@ -64,7 +71,7 @@ void PrintStack(Session& session, INode* node) {
 }
 
 void PrintShape(INode* node, ShapeObject& object) {
-    std::printf("node '%s': shape, %s, %s\n", node->GetName(),
+    std::printf("node %s: shape, %s, %s\n", Named(node->GetName()).c_str(),
                 Counted(object.shape.SplineCount(), "spline", "splines").c_str(),
                 Counted(object.shape.KnotCount(), "knot", "knots").c_str());
     for (const Spline3D& s : object.shape.splines)
@@ -74,7 +81,7 @@ void PrintShape(INode* node, ShapeObject& object) {
 
 void PrintSelection(const Mesh& mesh) {
     for (const auto& [name, faces] : mesh.faceSets)
-        std::printf("  face set '%s': %s\n", name.c_str(), Counted(faces.NumberSet(), "face", "faces").c_str());
+        std::printf("  face set %s: %s\n", Named(name).c_str(), Counted(faces.NumberSet(), "face", "faces").c_str());
     if (mesh.selLevel == MESH_FACE)
         std::printf("  selected: %s\n", Counted(mesh.faceSel.NumberSet(), "face", "faces").c_str());
     if (mesh.selLevel == MESH_VERTEX)
@@ -91,11 +98,11 @@ void PrintNode(Session& session, INode* node) {
     bool needDelete = false;
     TriObject* const tri = GetTriObjectFromNode(node, 0, valid, needDelete);
     if (!tri) {
-        std::printf("node '%s': %s\n", node->GetName(), KindOf(node).c_str());
+        std::printf("node %s: %s\n", Named(node->GetName()).c_str(), KindOf(node).c_str());
         return;
     }
     const host::LoadedMesh* const import = ImportOf(session, node);
-    std::printf("node '%s': mesh, %s, %d degenerate", node->GetName(), FacesText(tri->mesh).c_str(),
+    std::printf("node %s: mesh, %s, %d degenerate", Named(node->GetName()).c_str(), FacesText(tri->mesh).c_str(),
                 host::CountDegenerateFaces(tri->mesh));
     if (import)
         std::printf(", from %s (scale %s, %s up)", import->file.c_str(),
@@ -118,7 +125,7 @@ std::string EmittersOf(const host::LoadedHair& hair) {
 void PrintFile(const host::LoadedFile& file) {
     for (size_t i = 0; i < file.notes.size(); ++i)
         std::printf("%s%s%s\n", i == 0 ? "import " : "  note: ", i == 0 ? (file.path + ": ").c_str() : "",
-                    file.notes[i].c_str());
+                    host::OneLine(file.notes[i]).c_str());
 }
 
 // The box of all meshes and shapes at frame 0, in the world.
@@ -143,7 +150,8 @@ void PrintBounds(Session& session) {
 }
 
 void PrintHair(Session& session, const host::LoadedHair& hair) {
-    std::printf("%s '%s': emitters %s", hair.isFur ? "fur" : "hair", hair.name.c_str(), EmittersOf(hair).c_str());
+    std::printf("%s %s: emitters %s", hair.isFur ? "fur" : "hair", Named(hair.name).c_str(),
+                host::OneLine(EmittersOf(hair)).c_str());
     Interval valid = FOREVER;
     hair.object->Update(session.core.GetTime(), valid);
     ScriptValue counts;
@@ -153,6 +161,19 @@ void PrintHair(Session& session, const host::LoadedHair& hair) {
         std::printf(", about %d strands of %d points, as a mesh %d vertices and %d faces", counts.items[2].i,
                     counts.items[3].i, counts.items[0].i, counts.items[1].i);
     std::printf("\n");
+}
+
+// What changes finished pictures, in the order in which it runs.
+void PrintEffects(host::Core& core) {
+    for (Effect* const effect : core.Effects()) {
+        TSTR kind;
+        effect->GetClassName(kind);
+        const std::string name = effect->GetName();
+        std::printf("effect%s: %s%s\n", name.empty() ? "" : (" " + Named(name)).c_str(), kind.c_str(),
+                    effect->Active(core.GetTime()) ? "" : ", off");
+    }
+    for (const host::FilterQueue::Entry& entry : core.Filters().Entries())
+        std::printf("image filter: %s%s\n", entry.name.c_str(), entry.active ? "" : ", off");
 }
 
 void PrintKeys(Session& session) {
@@ -179,6 +200,7 @@ int RunInfo(const InfoOptions& info) {
     for (host::Node* const node : session.core.AllNodes()) PrintNode(session, node);
     PrintBounds(session);
     for (const host::LoadedHair& hair : session.scene.hair) PrintHair(session, hair);
+    PrintEffects(session.core);
     return 0;
 }
 

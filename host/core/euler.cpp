@@ -19,4 +19,17 @@ Matrix3 EulerMatrix(const Point3& degrees) {
     return tm;
 }
 
+Point3 EulerDegrees(const Matrix3& rotation) {
+    const Point3 x = rotation.GetRow(0), y = rotation.GetRow(1), z = rotation.GetRow(2);
+    const float level = std::sqrt(x.x * x.x + x.y * x.y);
+    Point3 angles(0, std::atan2(-x.z, level), 0);
+    if (level > 1e-6f) {
+        angles.x = std::atan2(y.z, z.z);
+        angles.z = std::atan2(x.y, x.x);
+    } else {
+        angles.z = std::atan2(-y.x, y.y);
+    }
+    return angles * float(180 / std::numbers::pi);
+}
+
 } // namespace host

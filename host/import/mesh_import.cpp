@@ -24,12 +24,24 @@ void CheckMesh(const std::string& file, const ImportedMesh& m) {
                    "' is too far away, expected finite positions after scaling");
 }
 
+using Import = std::vector<ImportedMesh> (*)(const std::string&, const std::string&);
+
+Import ImportOf(const std::string& extension) {
+    return extension == ".obj"   ? ImportObj
+           : extension == ".ply" ? ImportPly
+           : extension == ".3ds" ? Import3ds
+                                 : nullptr;
+}
+
 } // namespace
 
+bool IsMeshFile(const std::string& path) {
+    return ImportOf(LowerExtension(path));
+}
+
 std::vector<ImportedMesh> ImportMeshes(const std::string& path, const ImportOptions& options) {
-    using Import = std::vector<ImportedMesh> (*)(const std::string&, const std::string&);
     const std::string ext = LowerExtension(path);
-    const Import import = ext == ".obj" ? ImportObj : ext == ".ply" ? ImportPly : ext == ".3ds" ? Import3ds : nullptr;
+    const Import import = ImportOf(ext);
     if (!import) FailAt(path, 0, "unknown mesh form '" + ext + "', expected .obj, .ply or .3ds");
     std::vector<ImportedMesh> meshes = import(path, ReadWholeFile(path));
     for (ImportedMesh& m : meshes) {

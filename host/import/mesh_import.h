@@ -39,6 +39,9 @@ struct ImportedMesh {
 /// index out of range, a position that is no finite number, no faces, a file that ends too early.
 std::vector<ImportedMesh> ImportMeshes(const std::string& path, const ImportOptions& options = {});
 
+/// True when ImportMeshes knows the form by the extension.
+bool IsMeshFile(const std::string& path);
+
 /// Faces with two corners at one vertex, or without area.
 int CountDegenerateFaces(const Mesh& mesh);
 

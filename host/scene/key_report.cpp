@@ -7,6 +7,8 @@
 #include <set>
 
 #include "core/controllers.h"
+#include "core/error.h"
+#include "core/euler.h"
 #include "scene/key_check.h"
 
 namespace host {
@@ -50,24 +52,6 @@ std::string Numbers(const T& v, float factor = 1) {
     return text;
 }
 
-// Angles about X, then Y, then Z, counter-clockwise, in degrees.
-Point3 EulerDegrees(const Quat& q) {
-    const Matrix3 m = q.ToMatrix();
-    const Point3 x = m.GetRow(0), y = m.GetRow(1), z = m.GetRow(2);
-    const float toDegrees = float(180 / std::numbers::pi), level = std::sqrt(x.x * x.x + x.y * x.y);
-    Point3 angles(0, std::atan2(-x.z, level), 0);
-    if (level > 1e-6f) {
-        angles.x = std::atan2(y.z, z.z);
-        angles.z = std::atan2(x.y, x.x);
-    } else {
-        // Straight up or down X and Z turn alike: all of it counts for Z.
-        angles.z = std::atan2(-y.x, y.y);
-    }
-    // Nobody set more digits than these.
-    for (int i = 0; i < 3; ++i) angles[i] = std::round(angles[i] * toDegrees * 1e4f) / 1e4f + 0.0f;
-    return angles;
-}
-
 struct KeyRow {
     std::string frame, value, in, out;
 };
@@ -90,7 +74,12 @@ bool AddRows(Control* control, int ticksPerFrame, float tangentFactor, ValueText
 std::vector<KeyRow> RowsOf(Control* c, int ticksPerFrame) {
     std::vector<KeyRow> rows;
     const auto plain = [](const auto& v) { return Numbers(v); };
-    const auto turned = [](const Quat& q) { return Numbers(EulerDegrees(q)); };
+    const auto turned = [](const Quat& q) {
+        Point3 angles = EulerDegrees(q.ToMatrix());
+        // Nobody set more digits than these.
+        for (int i = 0; i < 3; ++i) angles[i] = std::round(angles[i] * 1e4f) / 1e4f + 0.0f;
+        return Numbers(angles);
+    };
     if (!AddRows<FloatControl>(c, ticksPerFrame, 1, plain, rows) &&
         !AddRows<Point3Control>(c, ticksPerFrame, 1, plain, rows) &&
         !AddRows<PositionControl>(c, ticksPerFrame, 1, plain, rows) &&
@@ -115,10 +104,10 @@ std::string KeyTableText(const KeyedTrack& track, int ticksPerFrame) {
     TSTR name;
     track.control->GetClassName(name);
     const Interval range = track.control->GetTimeRange();
-    std::string text = track.place + ": " + name + ", frames " + NumberText(double(range.Start()) / ticksPerFrame) +
-                       " to " + NumberText(double(range.End()) / ticksPerFrame) + ", " +
-                       BeyondText(track.control->GetORT(ORT_BEFORE)) + " before, " +
-                       BeyondText(track.control->GetORT(ORT_AFTER)) + " after\n";
+    std::string text =
+        OneLine(track.place) + ": " + name + ", frames " + NumberText(double(range.Start()) / ticksPerFrame) + " to " +
+        NumberText(double(range.End()) / ticksPerFrame) + ", " + BeyondText(track.control->GetORT(ORT_BEFORE)) +
+        " before, " + BeyondText(track.control->GetORT(ORT_AFTER)) + " after\n";
     size_t widths[3] = {};
     for (const KeyRow& r : rows) {
         widths[0] = std::max(widths[0], r.frame.size());

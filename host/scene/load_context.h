@@ -39,6 +39,8 @@ public:
 
     /// The path of a file that the scene names; throws Error with the line when there is none.
     std::string FindFile(const std::string& name, int line) const;
+    /// The same for a mesh file (IsMeshFile) or, where `scenes` may be, a file with a scene.
+    std::string FindMeshFile(const std::string& name, int line, bool scenes = false) const;
     /// Where such a file may stand: beside the scene, in the search folders, in those of VELMAR_PATH.
     std::vector<std::string> PlacesOf(const std::string& name) const;
     [[noreturn]] void FailNoFile(const std::string& name, int line) const;

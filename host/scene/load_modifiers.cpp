@@ -151,7 +151,7 @@ private:
         const std::string file = reader.Text("file");
         if (file.empty() == !reader.Has("moves")) reader.Fail("expected either 'file' or 'moves' in a morph target");
         if (!file.empty()) {
-            const std::string path = context_.FindFile(file, reader.LineOf("file"));
+            const std::string path = context_.FindMeshFile(file, reader.LineOf("file"));
             target = MorphBetween("", mesh.verts, ReadMeshFrame(path, Options(), mesh, node_->GetName()));
         }
         for (const std::vector<float>& row : reader.Rows("moves")) {
@@ -212,7 +212,7 @@ private:
         } else {
             for (const TomlValue& item : frames->items) {
                 times.push_back(TicksOf(reader_, "frames", start + step * double(files.size())));
-                files.push_back(context_.FindFile(item.text, item.line));
+                files.push_back(context_.FindMeshFile(item.text, item.line));
             }
         }
         if (files.empty()) reader_.FailAtKey("frames", "'frames' is empty, expected at least one file");

@@ -69,7 +69,7 @@ void ImportWholeScene(LoadContext& context, const SectionReader& reader, const s
 }
 
 void ImportFile(LoadContext& context, const SectionReader& reader) {
-    const std::string named = reader.Required("file"), path = context.FindFile(named, reader.LineOf("file"));
+    const std::string path = context.FindMeshFile(reader.Required("file"), reader.LineOf("file"), true);
     const size_t before = context.scene.meshes.size();
     if (IsSceneFile(path)) {
         ImportWholeScene(context, reader, path);

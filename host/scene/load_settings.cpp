@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 
+#include "import/imported_scene.h"
 #include "render/scan_renderer.h"
 #include "scene/load_context.h"
 
@@ -113,9 +114,22 @@ void LoadContext::FailNoFile(const std::string& name, int line) const {
 
 std::string LoadContext::FindFile(const std::string& name, int line) const {
     std::error_code ignored;
-    for (const std::string& place : PlacesOf(name))
-        if (std::filesystem::exists(place, ignored)) return place;
+    bool other = false;
+    for (const std::string& place : PlacesOf(name)) {
+        if (std::filesystem::is_regular_file(place, ignored)) return place;
+        other |= std::filesystem::exists(place, ignored);
+    }
+    if (other) FailAt(scene.file, line, Quoted(name) + " is a folder or the like, expected a file");
     FailNoFile(name, line);
+}
+
+std::string LoadContext::FindMeshFile(const std::string& name, int line, bool scenes) const {
+    std::string path = FindFile(name, line);
+    if (!IsMeshFile(path) && !(scenes && IsSceneFile(path)))
+        FailAt(scene.file, line,
+               "unknown form of file " + Quoted(name) + ", expected " +
+                   (scenes ? ".obj, .ply, .3ds, .gltf, .glb or .fbx" : ".obj, .ply or .3ds"));
+    return path;
 }
 
 } // namespace host

@@ -155,6 +155,20 @@ TEST_F(CommandLine, InfoShowsStacksSetsAndShapes) {
         << r.out;
 }
 
+TEST_F(CommandLine, InfoListsEffectsInTheirOrder) {
+    Write("fx.toml", "[[effect]]\nname = 'haze'\nclass = 'depth_fog'\n[[effect]]\nclass = 'blur'\nactive = false\n"
+                     "[[image_filter]]\nclass = 'negative'\n");
+    const RunResult r = Run({"info", "fx.toml"});
+    EXPECT_NE(r.out.find("effect 'haze': Depth Fog\neffect: Blur, off\nimage filter: Negative\n"), std::string::npos)
+        << r.out << r.err;
+}
+
+TEST_F(CommandLine, InfoKeepsNamesFromTheTerminal) {
+    Write("odd.toml", "[[node]]\nname = \"a\\u001b[31m\\nb\"\nprimitive = 'empty'\n");
+    const RunResult r = Run({"info", "odd.toml"});
+    EXPECT_NE(r.out.find("node 'a [31m b': no object\n"), std::string::npos) << r.out << r.err;
+}
+
 TEST_F(CommandLine, ParamsListsEveryParameter) {
     const RunResult r = Run({"params", "good.toml", "--list", "--object", "coat", "--set", "coat.Length=0.5"});
     EXPECT_EQ(r.status, 0);

@@ -168,6 +168,11 @@ TEST_F(ModifierSceneTest, MistakesAreNamed) {
               "s.toml:5: 'frames' is 'walk.obj', expected a file name with one run of # or a list of names");
     EXPECT_EQ(problem("{ type = \"mesh_cache\", frames = \"run.####.obj\" }"),
               "s.toml:5: no such file 'run.####.obj', expected it at run.####.obj");
+    Write("notes.txt", "");
+    EXPECT_EQ(problem("{ type = \"mesh_cache\", frames = [\"notes.txt\"] }"),
+              "s.toml:5: unknown form of file 'notes.txt', expected .obj, .ply or .3ds");
+    EXPECT_EQ(Problem("[scene]\nimport = [\n'quad.obj',\n'notes.txt']\n"),
+              "s.toml:4: unknown form of file 'notes.txt', expected .obj, .ply, .3ds, .gltf, .glb or .fbx");
     EXPECT_EQ(problem("{ type = \"mesh_cache\", frames = \"bad.#.obj\" }"),
               "bad.0001.obj: has 3 vertices, expected 4 as the mesh of 'quad'");
     EXPECT_EQ(problem("{ type = \"mesh_cache\", frames = \"turned.#.obj\" }"),

@@ -54,6 +54,7 @@ TEST_F(SceneErrors, WrongTypes) {
 
 TEST_F(SceneErrors, FilesAndNames) {
     const std::pair<const char*, const char*> cases[] = {
+        {"[scene]\nimport = ['/']\n", "s.toml:2: '/' is a folder or the like, expected a file"},
         {"[scene]\nimport = ['none.obj']\n", "s.toml:2: no such file 'none.obj', expected it at none.obj"},
         {"[scene]\nsearch = ['x']\nimport = ['none.obj']\n",
          "s.toml:3: no such file 'none.obj', expected it at none.obj or in a folder of 'search' or VELMAR_PATH"},
