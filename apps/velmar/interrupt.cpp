@@ -1,11 +1,10 @@
 #include "interrupt.h"
 
-#include <errno.h>
 #include <signal.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -23,7 +22,7 @@ std::atomic<Phase> gPhase{Phase::kLoading};
 std::atomic<bool> gInterrupted{false};
 
 // The rest of the second that a render has to stop.
-constexpr timespec kPatience = {0, 900'000'000};
+constexpr std::chrono::milliseconds kPatience{900};
 
 sigset_t Signals() {
     sigset_t set;
@@ -43,22 +42,17 @@ void SetCore(host::Core* core) {
     gCore = core;
 }
 
-// Waits for signals, which no other thread takes: a thread that draws strands may be long in doing nothing else.
+// Waits for a signal, which no other thread takes: a thread that draws strands may be long in doing nothing else. Later
+// ones change nothing.
 void Watch() {
     const sigset_t set = Signals();
-    for (bool isPatient = false;;) {
-        const int signal = sigtimedwait(&set, nullptr, isPatient ? &kPatience : nullptr);
-        const Phase phase = gPhase.load();
-        if (signal > 0) {
-            gInterrupted.store(true);
-            if (phase == Phase::kLoading) _exit(kInterrupted);
-            StopRender();
-            isPatient = phase == Phase::kRendering;
-        } else if (errno == EAGAIN) {
-            if (phase != Phase::kWriting) _exit(kInterrupted);
-            isPatient = false;
-        }
-    }
+    int signal = 0;
+    sigwait(&set, &signal);
+    gInterrupted.store(true);
+    if (gPhase.load() == Phase::kLoading) _exit(kInterrupted);
+    StopRender();
+    std::this_thread::sleep_for(kPatience);
+    if (gPhase.load() != Phase::kWriting) _exit(kInterrupted);
 }
 
 } // namespace

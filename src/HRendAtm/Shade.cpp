@@ -102,7 +102,7 @@ void HairRender::RenderPixelBucket(CameraFrame& frame, const IPoint2& pixel) {
     if (elapsed == 0) return;
     stats_.strands += drawn.strands;
     const int bytes = int(std::min<size_t>(frame.buffer->MemoryInUse(), 0x7fffffff));
-    if (bytes > stats_.hairBytes) stats_.hairBytes = bytes;
+    for (int peak = stats_.hairBytes; bytes > peak && !stats_.hairBytes.compare_exchange_weak(peak, bytes);) continue;
     stats_.hairMs += elapsed;
     stats_.fragments += drawn.fragments;
 }

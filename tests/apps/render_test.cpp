@@ -1,5 +1,8 @@
 // velmar render: files, statistics, progress, interruption.
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -131,4 +134,28 @@ TEST_F(Render, AnInterruptionEndsWithinASecond) {
         EXPECT_LT(seconds, 1.2 * apps_test::kPatience) << wait;
         EXPECT_EQ(Names(), before);
     }
+}
+
+// Standard error is a pipe that nobody empties: the line about the frame keeps the render from obeying.
+TEST_F(Render, InterruptingAgainAndAgainDoesNotPutTheEndOff) {
+    using namespace std::chrono;
+    const std::string full = folder_ + "/.err";
+    ASSERT_EQ(mkfifo(full.c_str(), 0600), 0);
+    const int pipe = open(full.c_str(), O_RDWR | O_NONBLOCK);
+    while (write(pipe, " ", 1) == 1) continue;
+    const pid_t child = Start({"render", "good.toml", "-o", "a.png"});
+    std::this_thread::sleep_for(duration<double>(0.7 * kPatience));
+    const auto start = steady_clock::now();
+    const auto seconds = [&] { return duration<double>(steady_clock::now() - start).count(); };
+    siginfo_t end = {};
+    while (end.si_pid == 0 && seconds() < 5 * kPatience) {
+        kill(child, seconds() < 4 * kPatience ? SIGINT : SIGKILL);
+        std::this_thread::sleep_for(milliseconds(50));
+        waitid(P_PID, id_t(child), &end, WEXITED | WNOHANG | WNOWAIT);
+    }
+    EXPECT_LT(seconds(), 1.2 * kPatience);
+    std::filesystem::remove(full);
+    EXPECT_EQ(Finish(child).status, 130);
+    EXPECT_FALSE(Exists("a.png"));
+    close(pipe);
 }
