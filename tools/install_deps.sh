@@ -5,7 +5,7 @@ set -eu
 
 packages="g++ cmake ninja-build ccache pkg-config python3 \
   libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev \
-  libembree-dev libopenexr-dev libimath-dev libopenimageio-dev libassimp-dev libtinyobjloader-dev \
+  libembree-dev libopenexr-dev libimath-dev libopenimageio-dev libassimp-dev zlib1g-dev libtinyobjloader-dev \
   libtinygltf-dev libtomlplusplus-dev libcli11-dev nlohmann-json3-dev glmark2-data libdw1"
 
 missing=""

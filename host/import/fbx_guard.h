@@ -15,8 +15,8 @@ namespace host {
 
 /// Throws Error for what Assimp would stumble over: blocks nested too deeply and objects that hang below themselves,
 /// both of which it follows by recursion, arrays that claim more numbers than there are bytes for, layers without the
-/// number that it takes for granted, and pictures inside of a text file that are not base64, which it frees twice. What
-/// cannot be understood is left to Assimp's own checks.
+/// number that it takes for granted, keys between which it would put others without end, and pictures inside of a text
+/// file that are not base64, which it frees twice. What cannot be understood is left to Assimp's own checks.
 void CheckFbx(const std::string& file, std::string_view content);
 
 /// Where several bones of a mesh have the same name, Assimp puts the first one in place of all, and deletes it as

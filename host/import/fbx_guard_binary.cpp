@@ -1,9 +1,12 @@
 // Binary .fbx files: blocks of (end, number and bytes of values, name, values, blocks below).
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <cstring>
 
 #include "import/fbx_guard.h"
+#include "import/fbx_guard_curves.h"
 
 namespace host {
 
@@ -40,9 +43,33 @@ size_t ValueSize(char kind) {
     }
 }
 
+// The bytes of an array's numbers; empty when they cannot be unpacked. Its sizes have been checked.
+std::vector<char> ArrayBytes(std::string_view value) {
+    const size_t size = Number<uint32_t>(value.substr(1)) * NumberSize(value[0]);
+    const std::string_view stored = value.substr(13);
+    if (Number<uint32_t>(value.substr(5)) == 0)
+        return std::vector<char>(stored.begin(), stored.begin() + ptrdiff_t(std::min(size, stored.size())));
+    std::vector<char> bytes(size);
+    uLongf unpacked = uLongf(size);
+    const int result = uncompress(reinterpret_cast<Bytef*>(bytes.data()), &unpacked,
+                                  reinterpret_cast<const Bytef*>(stored.data()), uLong(stored.size()));
+    // Data that goes on behind the last number is Assimp's to judge: what fits is there.
+    if (result != Z_OK && result != Z_BUF_ERROR) unpacked = 0;
+    bytes.resize(std::min<size_t>(unpacked, size));
+    return bytes;
+}
+
+// Calls add(number) for every number of an array of T.
+template <class T, class Add>
+void ForEachNumber(std::string_view value, Add&& add) {
+    const std::vector<char> bytes = ArrayBytes(value);
+    for (size_t at = 0; at + sizeof(T) <= bytes.size(); at += sizeof(T))
+        add(Number<T>(std::string_view(bytes.data() + at, sizeof(T))));
+}
+
 class BinaryWalker {
 public:
-    BinaryWalker(const std::string& file, std::string_view bytes) : file_(file), bytes_(bytes) {
+    BinaryWalker(const std::string& file, std::string_view bytes) : file_(file), bytes_(bytes), curves_(file) {
         wide_ = Number<uint32_t>(bytes.substr(std::min<size_t>(bytes.size(), 23))) >= 7500;
     }
 
@@ -54,6 +81,7 @@ public:
                 at_ += EmptyBlock();
             }
         }
+        curves_.Finish();
         return std::move(links_);
     }
 
@@ -78,6 +106,7 @@ private:
         if (end > bytes_.size() || at_ + nameSize > end || size > end - at_ - nameSize) return false;
         const std::string_view name = bytes_.substr(at_, nameSize);
         at_ += nameSize;
+        if (name == "AnimationCurve") curves_.Begin();
         Values(name, bytes_.substr(at_, size));
         at_ += size;
         if (at_ == end) return true;
@@ -94,11 +123,21 @@ private:
         for (; !values.empty(); ++number) {
             const std::string_view value = TakeValue(values);
             if (value.empty()) return;
+            if (number == 0 && name == "KeyTime") AddTimes(value);
+            if (number == 0 && name == "KeyValueFloat") AddValues(value);
             if (number == 0 && value[0] == 'S') kind = value.substr(5);
             if ((number == 1 || number == 2) && value[0] == 'L') ids[number - 1] = Number<uint64_t>(value.substr(1));
         }
         if (name == "Layer" && number == 0) FailFbxLayer(file_);
         if (name == "C" && number > 2 && kind != "PP") links_.push_back({ids[0], ids[1]});
+    }
+
+    void AddTimes(std::string_view value) {
+        if (value[0] == 'l') ForEachNumber<int64_t>(value, [&](int64_t ticks) { curves_.AddTime(ticks); });
+    }
+    void AddValues(std::string_view value) {
+        if (value[0] == 'f') ForEachNumber<float>(value, [&](float v) { curves_.AddValue(double(v)); });
+        if (value[0] == 'd') ForEachNumber<double>(value, [&](double v) { curves_.AddValue(v); });
     }
 
     // The next value with its kind; empty when it is odd.
@@ -126,6 +165,7 @@ private:
     bool wide_ = false;
     std::vector<uint64_t> ends_; ///< of the blocks around
     FbxLinks links_;
+    FbxCurves curves_;
 };
 
 } // namespace

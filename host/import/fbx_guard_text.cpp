@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "import/fbx_guard.h"
+#include "import/fbx_guard_curves.h"
 #include "import/file_error.h"
 
 namespace host {
@@ -19,18 +20,21 @@ bool IsBase64(std::string_view text) {
 }
 
 // The number at the beginning of a word, whatever follows.
-bool LeadingNumber(std::string_view word, uint64_t& value) {
+template <class T>
+bool LeadingNumber(std::string_view word, T& value) {
+    if (word.starts_with('+')) word.remove_prefix(1);
     return std::from_chars(word.data(), word.data() + word.size(), value).ec == std::errc();
 }
 
 class TextWalker {
 public:
-    TextWalker(const std::string& file, std::string_view text) : file_(file), text_(text) {}
+    TextWalker(const std::string& file, std::string_view text) : file_(file), text_(text), curves_(file) {}
 
     FbxLinks Walk() {
         while (at_ < text_.size() && text_[at_] != '\0') Step(text_[at_]);
         FinishWord();
         Begin({});
+        curves_.Finish();
         return std::move(links_);
     }
 
@@ -76,6 +80,9 @@ private:
 
     void Begin(std::string_view key) {
         if (key_ == "Layer" && value_ == 0) FailFbxLayer(file_);
+        if (key == "AnimationCurve") curves_.Begin();
+        // The numbers of an array stand below it, under the key "a".
+        if (!key.empty() && key != "a") list_ = key;
         key_ = key;
         value_ = 0;
     }
@@ -93,6 +100,8 @@ private:
             FailFbxArray(file_);
         if (key_ == "C") Link(word_);
         if (key_ == "Content") Picture(word_);
+        if (int64_t ticks = 0; list_ == "KeyTime" && key_ == "a" && LeadingNumber(word_, ticks)) curves_.AddTime(ticks);
+        if (double v = 0; list_ == "KeyValueFloat" && key_ == "a" && LeadingNumber(word_, v)) curves_.AddValue(v);
         ++value_;
         word_ = {};
     }
@@ -120,10 +129,12 @@ private:
     std::string_view text_;
     size_t at_ = 0, depth_ = 0;
     std::string_view key_, word_; ///< the last word, until it is known whether it is a key
+    std::string_view list_;       ///< the last key that is none of an array's numbers
     int value_ = 0;               ///< number of the value that comes next
     bool linked_ = false, picture_ = false;
     uint64_t child_ = 0;
     FbxLinks links_;
+    FbxCurves curves_;
 };
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "import/fbx_guard.h"
 
+#include <zlib.h>
+
 #include <functional>
 
 #include "import/imported_scene.h"
@@ -26,6 +28,7 @@ const std::string kDeep = "m.fbx: is nested too deeply, expected at most 64 leve
 const std::string kCircle = "m.fbx: has an object that hangs below itself, expected a tree";
 const std::string kArray = "m.fbx: has an array that claims more numbers than the file can hold";
 const std::string kLayer = "m.fbx: has a layer without a number, expected one";
+const std::string kFast = "m.fbx: has keys that change too much within too little time, expected slower ones";
 const std::string kPicture = "m.fbx: has a picture that is not base64, expected one that is";
 
 TEST(FbxGuardText, Nesting) {
@@ -71,6 +74,29 @@ TEST(FbxGuardText, Pictures) {
     EXPECT_EQ(CheckError("Content: \"iVBO\", 12\n"), kPicture);
     EXPECT_EQ(CheckError("Content: \"iVBO\"\nand }"), kPicture);
     EXPECT_EQ(CheckError("Contents: \"iV*O\"\n"), "");
+}
+
+std::string Curve(const std::string& times, const std::string& values) {
+    return "AnimationCurve: 1,\"\",\"\" {\nKeyTime: *9 {\na: " + times + "\n}\nKeyValueFloat: *9 {\na: " + values +
+           "\n}\nKeyAttrRefCount: *1 {\na: 2\n}\n}\n";
+}
+
+TEST(FbxGuardText, Curves) {
+    // 901 degrees are six steps of less than 180: there must be room for each.
+    EXPECT_EQ(CheckError(Curve("0,6", "0,901")), "");
+    EXPECT_EQ(CheckError(Curve("0,5", "0,901")), kFast);
+    EXPECT_EQ(CheckError(Curve("0,+1,2", "0,1,-900")), kFast);
+    EXPECT_EQ(CheckError(Curve("0,1", "0,179")), "");
+    EXPECT_EQ(CheckError(Curve("5,4", "0,901")), "") << "refused by the reader itself";
+    EXPECT_EQ(CheckError(Curve("0,4x", "0,901")), kFast);
+    EXPECT_EQ(CheckError(Curve("0,900000000000", "0,inf")), kFast);
+    EXPECT_EQ(CheckError(Curve("0,900000000000", "0,nan")), "");
+    // Four million steps in a file, in one curve or in several.
+    EXPECT_EQ(CheckError(Curve("0,900000000000", "0,7e8")), "");
+    EXPECT_EQ(CheckError(Curve("0,900000000000", "0,8e8")), kFast);
+    EXPECT_EQ(CheckError(Curve("0,900000000000", "0,4e8") + Curve("0,900000000000", "4e8,0")), kFast);
+    // Curves do not go on in the next one.
+    EXPECT_EQ(CheckError(Curve("0", "0") + Curve("1", "901")), "");
 }
 
 // A block of a binary file; `start` is where it begins, `below` what is inside, made for its place.
@@ -131,6 +157,36 @@ TEST(FbxGuardBinary, Arrays) {
 TEST(FbxGuardBinary, Layers) {
     EXPECT_EQ(CheckError(OneBlock("Layer", std::string("I") + Bytes(int32_t(0)), 1)), "");
     EXPECT_EQ(CheckError(OneBlock("Layer", "", 0)), kLayer);
+}
+
+std::string BinaryCurve(const std::string& times, const std::string& values) {
+    const auto below = [&](size_t at) {
+        const std::string first = Block(at, "KeyTime", times, 1);
+        return first + Block(at + first.size(), "KeyValueFloat", values, 1);
+    };
+    return Binary([&](size_t at) { return Block(at, "AnimationCurve", "", 0, below); });
+}
+
+std::string Deflated(const std::string& bytes) {
+    uLongf size = compressBound(uLong(bytes.size()));
+    std::string out(size, '\0');
+    compress(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(bytes.data()),
+             uLong(bytes.size()));
+    out.resize(size);
+    return out;
+}
+
+TEST(FbxGuardBinary, Curves) {
+    const auto times = [](int64_t last) { return Bytes(int64_t(0)) + Bytes(last); };
+    const std::string floats = Bytes(0.0f) + Bytes(901.0f), doubles = Bytes(0.0) + Bytes(901.0);
+    EXPECT_EQ(CheckError(BinaryCurve(Array('l', 2, 0, times(6)), Array('f', 2, 0, floats))), "");
+    EXPECT_EQ(CheckError(BinaryCurve(Array('l', 2, 0, times(5)), Array('f', 2, 0, floats))), kFast);
+    EXPECT_EQ(CheckError(BinaryCurve(Array('l', 2, 1, Deflated(times(6))), Array('d', 2, 1, Deflated(doubles)))), "");
+    EXPECT_EQ(CheckError(BinaryCurve(Array('l', 2, 1, Deflated(times(5))), Array('d', 2, 1, Deflated(doubles)))),
+              kFast);
+    // What cannot be unpacked is for the reader to refuse.
+    const std::string cut = Deflated(times(5)).substr(0, 8);
+    EXPECT_EQ(CheckError(BinaryCurve(Array('l', 2, 1, cut), Array('d', 2, 0, doubles))), "");
 }
 
 TEST(FbxGuardBinary, CutOffAnywhere) {
