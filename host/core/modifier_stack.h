@@ -98,7 +98,6 @@ private:
     bool stale_ = false;     ///< nothing that is kept can be used
     bool rendering_ = false; ///< what the results are for
     ObjectState result_{nullptr, NEVER};
-    bool resultIsBase_ = false;
     std::recursive_mutex mutex_;
 };
 

@@ -50,9 +50,11 @@ const ObjectState& ModifierStack::Eval(Node& node, Object* base, TimeValue t) {
             if (m && m->IsEnabledInRender() != m->IsEnabledInViews()) Dirty(b);
         }
     }
-    // A base object without modifiers may be asked by other nodes too, for other times.
-    const bool foreign = resultIsBase_ && !(result_.valid == FOREVER);
-    if (result_.valid.InInterval(t) && !foreign) return result_;
+    // Where the base object itself flows, other nodes may have asked it meanwhile, for other times.
+    const auto holds = [&](const Object* obj, const Interval& valid) {
+        return valid.InInterval(t) && (valid == FOREVER || obj != baseObject_);
+    };
+    if (holds(result_.obj, result_.valid)) return result_;
 
     std::vector<std::unique_ptr<Segment>> former; // lives until the new result stands
     if (stale_) {
@@ -61,9 +63,9 @@ const ObjectState& ModifierStack::Eval(Node& node, Object* base, TimeValue t) {
         stale_ = false;
     }
     if (segments_.empty()) segments_.push_back(std::make_unique<Segment>());
-    const auto holds = [&](const Segment& s) { return s.clean && s.out.valid.All().InInterval(t); };
+    const auto kept = [&](const Segment& s) { return s.clean && holds(s.out.obj, s.out.valid.All()); };
     size_t k = segments_.size();
-    while (k > 0 && (foreign || !holds(*segments_[k - 1]))) --k;
+    while (k > 0 && !kept(*segments_[k - 1])) --k;
     Run run{node, t};
     Flow flow = k == 0 ? BaseFlow(base, t) : segments_[k - 1]->out;
     for (; k < segments_.size(); ++k) {
@@ -76,7 +78,6 @@ const ObjectState& ModifierStack::Eval(Node& node, Object* base, TimeValue t) {
 
 void ModifierStack::Keep(const Flow& out, TimeValue t) {
     result_ = {out.obj, out.valid.All()};
-    resultIsBase_ = out.obj && out.obj == baseObject_;
     // Whatever the parts say, the result holds at the time it was made for.
     if (!result_.valid.InInterval(t)) result_.valid = Interval(t, t);
 }

@@ -66,6 +66,28 @@ TEST_F(PrimitiveTest, ModifiersWorkOnACopy) {
     EXPECT_EQ(static_cast<TriObject*>(node->EvalWorldState(0).obj)->mesh.verts[0], Point3(0, 0, -2));
 }
 
+// A stack whose lowest modifier is switched off keeps the object itself below the next one.
+TEST_F(PrimitiveTest, AStackAsksAgainWhatOtherNodesAskedMeanwhile) {
+    auto* const keys = core.Adopt(new FloatControl);
+    keys->SetKey(0, 1);
+    keys->SetKey(100, 3);
+    ASSERT_TRUE(sphere->Params()->SetController(SphereObject::kRadius, keys));
+    auto *const low = core.Adopt(new XFormModifier), *const high = core.Adopt(new XFormModifier);
+    node->AddModifier(low);
+    node->AddModifier(high);
+    const auto lift = [&](float z) {
+        high->Params()->SetValue(XFormModifier::kPosition, 0, Point3(0, 0, z));
+        return MeshAt(0).verts[0].z;
+    };
+    EXPECT_EQ(lift(0), -1);
+    EXPECT_EQ(lift(1), 0);
+    low->DisableMod();
+    EXPECT_EQ(lift(2), 1);
+    Node* const other = core.CreateNode("other", sphere);
+    EXPECT_EQ(static_cast<TriObject*>(other->EvalWorldState(100).obj)->mesh.verts[0].z, -3);
+    EXPECT_EQ(lift(3), 2);
+}
+
 TEST_F(PrimitiveTest, BoxesPlanesAndClones) {
     BoxObject box;
     box.Params()->SetValue(BoxObject::kSize, 0, Point3(1, 2, 3));
